@@ -1,0 +1,18 @@
+# Shared compile settings for every target of the project.
+add_library(zanpx_settings INTERFACE)
+if(MSVC)
+  target_compile_options(zanpx_settings INTERFACE /W4)
+  if(ZANPX_WERROR)
+    target_compile_options(zanpx_settings INTERFACE /WX)
+  endif()
+else()
+  target_compile_options(zanpx_settings INTERFACE -Wall -Wextra -Wshadow -Wno-unused-parameter)
+  if(ZANPX_WERROR)
+    target_compile_options(zanpx_settings INTERFACE -Werror)
+  endif()
+endif()
+if(ZANPX_SANITIZE)
+  target_compile_options(zanpx_settings INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(zanpx_settings INTERFACE -fsanitize=address,undefined)
+endif()

@@ -1,0 +1,360 @@
+/*
+ * zanpx.h - the public interface of the ZanPX image-processing library.
+ *
+ * Plain C99 and C++ compatible. Every export uses the standard calling
+ * convention on 32-bit Windows (ZAN_STDCALL) and is exported under its plain
+ * name. Operations return nothing (or a pointer / status where noted); the
+ * outcome of a call is read afterwards with zanGetErrStatus().
+ */
+#ifndef ZANPX_H
+#define ZANPX_H
+
+#include <stdint.h>
+
+/* ------------------------------------------------------------------------ */
+/* Calling convention and export macros                                      */
+/* ------------------------------------------------------------------------ */
+#if defined(_WIN32) && (defined(_M_IX86) || defined(__i386__))
+#  define ZAN_STDCALL __stdcall
+#else
+#  define ZAN_STDCALL
+#endif
+
+#if defined(_WIN32)
+#  if defined(ZAN_BUILDING_LIBRARY)
+#    define ZAN_API __declspec(dllexport)
+#  elif defined(ZAN_STATIC)
+#    define ZAN_API
+#  else
+#    define ZAN_API __declspec(dllimport)
+#  endif
+#elif defined(__GNUC__) && defined(ZAN_BUILDING_LIBRARY)
+#  define ZAN_API __attribute__((visibility("default")))
+#else
+#  define ZAN_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ------------------------------------------------------------------------ */
+/* Status codes                                                              */
+/* ------------------------------------------------------------------------ */
+typedef int ZanStatus;
+
+#define ZAN_StsOk                 0
+#define ZAN_StsBackTrace         -1
+#define ZAN_StsError             -2
+#define ZAN_StsInternal          -3
+#define ZAN_StsNoMem             -4
+#define ZAN_StsBadArg            -5
+#define ZAN_StsBadFunc           -6
+#define ZAN_StsNoConv            -7
+#define ZAN_StsAutoTrace         -8
+#define ZAN_StsHeaderIsNull      -9
+#define ZAN_StsBadImageSize     -10
+#define ZAN_StsBadOffset        -11
+#define ZAN_StsBadDataPtr       -12
+#define ZAN_StsBadStep          -13
+#define ZAN_StsBadModelOrChSeq  -14
+#define ZAN_StsBadNumChannels   -15
+#define ZAN_StsBadNumChannel1U  -16
+#define ZAN_StsBadDepth         -17
+#define ZAN_StsBadAlphaChannel  -18
+#define ZAN_StsBadOrder         -19
+#define ZAN_StsBadOrigin        -20
+#define ZAN_StsBadAlign         -21
+#define ZAN_StsBadCallBack      -22
+#define ZAN_StsBadTileSize      -23
+#define ZAN_StsBadCOI           -24
+#define ZAN_StsBadROISize       -25
+#define ZAN_StsMaskIsTiled      -26
+/* A header check of an image used as a mask reports the plain code plus this. */
+#define ZAN_StsMaskBase        -100
+
+/* Error modes (per thread). */
+#define ZAN_ErrModeLeaf    0 /* report, then terminate (the message box asks first) */
+#define ZAN_ErrModeParent  1 /* report and return to the caller */
+#define ZAN_ErrModeSilent  2 /* report nothing; the status is still recorded */
+
+/* ------------------------------------------------------------------------ */
+/* Image model constants                                                     */
+/* ------------------------------------------------------------------------ */
+#define ZAN_DEPTH_SIGN  ((int)(-2147483647 - 1)) /* 0x80000000: signed data */
+#define ZAN_DEPTH_1U    1
+#define ZAN_DEPTH_8U    8
+#define ZAN_DEPTH_16U   16
+#define ZAN_DEPTH_32F   32
+#define ZAN_DEPTH_8S    (ZAN_DEPTH_SIGN | 8)
+#define ZAN_DEPTH_16S   (ZAN_DEPTH_SIGN | 16)
+#define ZAN_DEPTH_32S   (ZAN_DEPTH_SIGN | 32)
+
+#define ZAN_DATA_ORDER_PIXEL 0
+#define ZAN_DATA_ORDER_PLANE 1
+
+#define ZAN_ORIGIN_TL 0
+#define ZAN_ORIGIN_BL 1
+
+#define ZAN_ALIGN_4BYTES   4
+#define ZAN_ALIGN_8BYTES   8
+#define ZAN_ALIGN_16BYTES 16
+#define ZAN_ALIGN_32BYTES 32
+#define ZAN_ALIGN_DWORD   ZAN_ALIGN_4BYTES
+#define ZAN_ALIGN_QWORD   ZAN_ALIGN_8BYTES
+
+/* Release flags of zanDeallocate. */
+#define ZAN_IMAGE_HEADER  1
+#define ZAN_IMAGE_DATA    2
+#define ZAN_IMAGE_ROI     4
+#define ZAN_IMAGE_TILE    8
+#define ZAN_IMAGE_MASK   16
+#define ZAN_IMAGE_ALL    15
+
+/* Tile callback modes. */
+#define ZAN_TILE_GET_READ   1
+#define ZAN_TILE_GET_WRITE  2
+#define ZAN_TILE_RELEASE    4
+
+/* Interpolation modes (geometry operations). */
+#define ZAN_INTER_NN           0
+#define ZAN_INTER_LINEAR       1
+#define ZAN_INTER_CUBIC        2
+#define ZAN_INTER_SUPER        3
+#define ZAN_INTER_SMOOTH_EDGE 16
+
+/* ------------------------------------------------------------------------ */
+/* Records                                                                   */
+/* ------------------------------------------------------------------------ */
+struct ZanImage;
+
+typedef ZanStatus (ZAN_STDCALL *ZanErrorCallback)(ZanStatus status, const char* funcName,
+                                                  const char* context, const char* file, int line);
+typedef void (ZAN_STDCALL *ZanTileCallBack)(struct ZanImage* image, int xIndex, int yIndex, int mode);
+
+typedef struct ZanROI {
+    int coi;      /* channel of interest: 0 all channels, 1..nChannels one channel */
+    int xOffset;
+    int yOffset;
+    int width;
+    int height;
+} ZanROI;
+
+typedef struct ZanTileInfo {
+    ZanTileCallBack callBack; /* serves tiles on request */
+    void* id;                 /* the caller's */
+    char* tileData;           /* current tile's pixels, set by the callback */
+    int width;                /* tile size in pixels, multiples of 8 */
+    int height;
+} ZanTileInfo;
+
+typedef struct ZanImage {
+    int headerSize;           /* sizeof(ZanImage) */
+    int userTag;              /* reserved for the caller */
+    int nChannels;
+    int alphaChannel;         /* 0 or nChannels (the alpha channel is the last) */
+    int depth;                /* ZAN_DEPTH_* */
+    char colorModel[4];       /* e.g. "RGB", "GRAY" (not zero-terminated) */
+    char channelSeq[4];       /* e.g. "BGR", "G" */
+    int dataOrder;            /* ZAN_DATA_ORDER_PIXEL or _PLANE */
+    int origin;               /* ZAN_ORIGIN_TL or _BL */
+    int align;                /* 4, 8, 16 or 32 */
+    int width;
+    int height;
+    struct ZanROI* roi;       /* null: the whole image */
+    struct ZanImage* maskROI; /* 1-bit mask image, never tiled; may be null */
+    void* userData;           /* the caller's */
+    struct ZanTileInfo* tileInfo; /* null unless the image is tiled */
+    int imageSize;            /* bytes of pixel data */
+    char* imageData;          /* first pixel, aligned to align */
+    int widthStep;            /* bytes from one row to the next */
+    int borderMode[4];        /* border mode per side */
+    int borderValue[4];       /* constant per side for the constant border */
+    char* allocatedBlock;     /* the block the library allocated, else null */
+} ZanImage;
+
+typedef struct ZanLibVersion {
+    int major;
+    int minor;
+    int build;
+    const char* Name;
+    const char* Version;
+    const char* InternalVersion;
+    const char* BuildDate;
+    const char* CallConv;
+} ZanLibVersion;
+
+/* The 40-byte little-endian DIB info header. */
+typedef struct ZanBitmapInfoHeader {
+    uint32_t biSize;
+    int32_t  biWidth;
+    int32_t  biHeight;
+    uint16_t biPlanes;
+    uint16_t biBitCount;
+    uint32_t biCompression;
+    uint32_t biSizeImage;
+    int32_t  biXPelsPerMeter;
+    int32_t  biYPelsPerMeter;
+    uint32_t biClrUsed;
+    uint32_t biClrImportant;
+} ZanBitmapInfoHeader;
+
+#define ZAN_BI_RGB       0
+#define ZAN_BI_RLE8      1
+#define ZAN_BI_RLE4      2
+#define ZAN_BI_BITFIELDS 3
+
+/* Alpha compositing rules. */
+#define ZAN_COMPOSITE_OVER 0
+#define ZAN_COMPOSITE_IN   1
+#define ZAN_COMPOSITE_OUT  2
+#define ZAN_COMPOSITE_ATOP 3
+#define ZAN_COMPOSITE_XOR  4
+#define ZAN_COMPOSITE_PLUS 5
+
+/* Norm types of zanNorm. */
+#define ZAN_C          1
+#define ZAN_L1         2
+#define ZAN_L2         4
+#define ZAN_RELATIVE   8
+#define ZAN_RELATIVEC  (ZAN_RELATIVE | ZAN_C)
+#define ZAN_RELATIVEL1 (ZAN_RELATIVE | ZAN_L1)
+#define ZAN_RELATIVEL2 (ZAN_RELATIVE | ZAN_L2)
+
+/* ------------------------------------------------------------------------ */
+/* Status, modes and reporting                                               */
+/* ------------------------------------------------------------------------ */
+ZAN_API ZanStatus ZAN_STDCALL zanGetErrStatus(void);
+ZAN_API void ZAN_STDCALL zanSetErrStatus(ZanStatus status);
+ZAN_API int ZAN_STDCALL zanGetErrMode(void);
+ZAN_API void ZAN_STDCALL zanSetErrMode(int mode);
+ZAN_API ZanErrorCallback ZAN_STDCALL zanRedirectError(ZanErrorCallback func);
+ZAN_API ZanStatus ZAN_STDCALL zanError(ZanStatus status, const char* funcName, const char* context,
+                                       const char* file, int line);
+ZAN_API const char* ZAN_STDCALL zanErrorStr(ZanStatus status);
+ZAN_API ZanStatus ZAN_STDCALL zanNulDevReport(ZanStatus status, const char* funcName,
+                                              const char* context, const char* file, int line);
+ZAN_API ZanStatus ZAN_STDCALL zanStdErrReport(ZanStatus status, const char* funcName,
+                                              const char* context, const char* file, int line);
+ZAN_API ZanStatus ZAN_STDCALL zanGuiBoxReport(ZanStatus status, const char* funcName,
+                                              const char* context, const char* file, int line);
+
+/* ------------------------------------------------------------------------ */
+/* Memory, version, cycle counter                                            */
+/* ------------------------------------------------------------------------ */
+ZAN_API void* ZAN_STDCALL zanMalloc(int length);
+ZAN_API short* ZAN_STDCALL zanwMalloc(int length);
+ZAN_API int* ZAN_STDCALL zaniMalloc(int length);
+ZAN_API double* ZAN_STDCALL zandMalloc(int length);
+ZAN_API void ZAN_STDCALL zanFree(void* pointer);
+ZAN_API const ZanLibVersion* ZAN_STDCALL zanGetLibVersion(void);
+ZAN_API unsigned long long ZAN_STDCALL zanGetKorvelCounter(void);
+
+/* ------------------------------------------------------------------------ */
+/* Image header, ROI and tile records                                        */
+/* ------------------------------------------------------------------------ */
+ZAN_API ZanImage* ZAN_STDCALL zanCreateImageHeader(int nChannels, int alphaChannel, int depth,
+    char* colorModel, char* channelSeq, int dataOrder, int origin, int align, int width, int height,
+    ZanROI* roi, ZanImage* maskROI, void* userData, ZanTileInfo* tileInfo);
+ZAN_API void ZAN_STDCALL zanAllocateImage(ZanImage* image, int doFill, int fillValue);
+ZAN_API void ZAN_STDCALL zanAllocateImageFP(ZanImage* image, int doFill, float fillValue);
+ZAN_API void ZAN_STDCALL zanDeallocate(ZanImage* image, int flag);
+ZAN_API void ZAN_STDCALL zanDeallocateHeader(ZanImage* image);
+ZAN_API void ZAN_STDCALL zanDeallocateImage(ZanImage* image);
+ZAN_API ZanROI* ZAN_STDCALL zanCreateROI(int coi, int xOffset, int yOffset, int width, int height);
+ZAN_API void ZAN_STDCALL zanSetROI(ZanROI* roi, int coi, int xOffset, int yOffset, int width, int height);
+ZAN_API void ZAN_STDCALL zanDeleteROI(ZanROI* roi);
+ZAN_API ZanTileInfo* ZAN_STDCALL zanCreateTileInfo(ZanTileCallBack callBack, void* id, int width, int height);
+ZAN_API void ZAN_STDCALL zanSetTileInfo(ZanTileInfo* tileInfo, ZanTileCallBack callBack, void* id,
+                                        int width, int height);
+ZAN_API void ZAN_STDCALL zanDeleteTileInfo(ZanTileInfo* tileInfo);
+ZAN_API ZanImage* ZAN_STDCALL zanCloneImage(const ZanImage* image);
+ZAN_API void ZAN_STDCALL zanSetBorderMode(ZanImage* image, int mode, int from, int constVal);
+ZAN_API ZanStatus ZAN_STDCALL zanCheckImageHeader(const ZanImage* image);
+
+/* ------------------------------------------------------------------------ */
+/* Copy, set, exchange, pixel access                                         */
+/* ------------------------------------------------------------------------ */
+ZAN_API void ZAN_STDCALL zanCopy(ZanImage* srcImage, ZanImage* dstImage);
+ZAN_API void ZAN_STDCALL zanSet(ZanImage* image, int fillValue);
+ZAN_API void ZAN_STDCALL zanSetFP(ZanImage* image, float fillValue);
+ZAN_API void ZAN_STDCALL zanExchange(ZanImage* ImageA, ZanImage* ImageB);
+ZAN_API void ZAN_STDCALL zanGetPixel(ZanImage* image, int x, int y, void* pixel);
+ZAN_API void ZAN_STDCALL zanPutPixel(ZanImage* image, int x, int y, void* pixel);
+
+/* ------------------------------------------------------------------------ */
+/* Arithmetic and logic                                                      */
+/* ------------------------------------------------------------------------ */
+ZAN_API void ZAN_STDCALL zanAdd(ZanImage* srcImageA, ZanImage* srcImageB, ZanImage* dstImage);
+ZAN_API void ZAN_STDCALL zanSubtract(ZanImage* srcImageA, ZanImage* srcImageB, ZanImage* dstImage);
+ZAN_API void ZAN_STDCALL zanMultiply(ZanImage* srcImageA, ZanImage* srcImageB, ZanImage* dstImage);
+ZAN_API void ZAN_STDCALL zanMultiplyScale(ZanImage* srcImageA, ZanImage* srcImageB, ZanImage* dstImage);
+
+ZAN_API void ZAN_STDCALL zanAddS(ZanImage* srcImage, ZanImage* dstImage, int value);
+ZAN_API void ZAN_STDCALL zanSubtractS(ZanImage* srcImage, ZanImage* dstImage, int value, int flip);
+ZAN_API void ZAN_STDCALL zanMultiplyS(ZanImage* srcImage, ZanImage* dstImage, int value);
+ZAN_API void ZAN_STDCALL zanMultiplySScale(ZanImage* srcImage, ZanImage* dstImage, int value);
+ZAN_API void ZAN_STDCALL zanAddSFP(ZanImage* srcImage, ZanImage* dstImage, float value);
+ZAN_API void ZAN_STDCALL zanSubtractSFP(ZanImage* srcImage, ZanImage* dstImage, float value, int flip);
+ZAN_API void ZAN_STDCALL zanMultiplySFP(ZanImage* srcImage, ZanImage* dstImage, float value);
+ZAN_API void ZAN_STDCALL zanLShiftS(ZanImage* srcImage, ZanImage* dstImage, unsigned int nShift);
+ZAN_API void ZAN_STDCALL zanRShiftS(ZanImage* srcImage, ZanImage* dstImage, unsigned int nShift);
+ZAN_API void ZAN_STDCALL zanAbs(ZanImage* srcImage, ZanImage* dstImage);
+ZAN_API void ZAN_STDCALL zanSquare(ZanImage* srcImage, ZanImage* dstImage);
+
+ZAN_API void ZAN_STDCALL zanAnd(ZanImage* srcImageA, ZanImage* srcImageB, ZanImage* dstImage);
+ZAN_API void ZAN_STDCALL zanOr(ZanImage* srcImageA, ZanImage* srcImageB, ZanImage* dstImage);
+ZAN_API void ZAN_STDCALL zanXor(ZanImage* srcImageA, ZanImage* srcImageB, ZanImage* dstImage);
+ZAN_API void ZAN_STDCALL zanAndS(ZanImage* srcImage, ZanImage* dstImage, unsigned int value);
+ZAN_API void ZAN_STDCALL zanOrS(ZanImage* srcImage, ZanImage* dstImage, unsigned int value);
+ZAN_API void ZAN_STDCALL zanXorS(ZanImage* srcImage, ZanImage* dstImage, unsigned int value);
+ZAN_API void ZAN_STDCALL zanNot(ZanImage* srcImage, ZanImage* dstImage);
+
+ZAN_API double ZAN_STDCALL zanNorm(ZanImage* srcImageA, ZanImage* srcImageB, int normType);
+ZAN_API ZanStatus ZAN_STDCALL zanMinMaxFP(ZanImage* srcImage, float* min, float* max);
+
+/* ------------------------------------------------------------------------ */
+/* Alpha compositing                                                         */
+/* ------------------------------------------------------------------------ */
+ZAN_API void ZAN_STDCALL zanPreMultiplyAlpha(ZanImage* image, int alphaValue);
+ZAN_API void ZAN_STDCALL zanAlphaCompositeC(ZanImage* srcImageA, ZanImage* srcImageB, ZanImage* dstImage,
+    int compositeType, int aA, int aB, int premulAlpha, int divideMode);
+ZAN_API void ZAN_STDCALL zanAlphaComposite(ZanImage* srcImageA, ZanImage* srcImageB, ZanImage* dstImage,
+    int compositeType, ZanImage* alphaImageA, ZanImage* alphaImageB, ZanImage* alphaImageDst,
+    int premulAlpha, int divideMode);
+
+/* ------------------------------------------------------------------------ */
+/* Comparisons (each returns its status as well as recording it)             */
+/* ------------------------------------------------------------------------ */
+ZAN_API ZanStatus ZAN_STDCALL zanLess(ZanImage* img1, ZanImage* img2, ZanImage* res);
+ZAN_API ZanStatus ZAN_STDCALL zanGreater(ZanImage* img1, ZanImage* img2, ZanImage* res);
+ZAN_API ZanStatus ZAN_STDCALL zanEqual(ZanImage* img1, ZanImage* img2, ZanImage* res);
+ZAN_API ZanStatus ZAN_STDCALL zanEqualFPEps(ZanImage* img1, ZanImage* img2, ZanImage* res, float eps);
+ZAN_API ZanStatus ZAN_STDCALL zanLessS(ZanImage* img, int value, ZanImage* res);
+ZAN_API ZanStatus ZAN_STDCALL zanGreaterS(ZanImage* img, int value, ZanImage* res);
+ZAN_API ZanStatus ZAN_STDCALL zanEqualS(ZanImage* img, int value, ZanImage* res);
+ZAN_API ZanStatus ZAN_STDCALL zanLessSFP(ZanImage* img, float value, ZanImage* res);
+ZAN_API ZanStatus ZAN_STDCALL zanGreaterSFP(ZanImage* img, float value, ZanImage* res);
+ZAN_API ZanStatus ZAN_STDCALL zanEqualSFP(ZanImage* img, float value, ZanImage* res);
+ZAN_API ZanStatus ZAN_STDCALL zanEqualSFPEps(ZanImage* img, float value, ZanImage* res, float eps);
+
+/* ------------------------------------------------------------------------ */
+/* DIB exchange, bit reduction, test image                                   */
+/* ------------------------------------------------------------------------ */
+ZAN_API ZanImage* ZAN_STDCALL zanTranslateDIB(ZanBitmapInfoHeader* dib, int* cloneData);
+ZAN_API void ZAN_STDCALL zanConvertFromDIB(ZanBitmapInfoHeader* dib, ZanImage* image);
+ZAN_API void ZAN_STDCALL zanConvertFromDIBSep(ZanBitmapInfoHeader* dibHeader, const char* dibData,
+                                              ZanImage* image);
+ZAN_API void ZAN_STDCALL zanConvertToDIB(ZanImage* image, ZanBitmapInfoHeader* dib, int dither,
+                                         int paletteConversion);
+ZAN_API void ZAN_STDCALL zanConvertToDIBSep(ZanImage* image, ZanBitmapInfoHeader* dibHeader, char* dibData,
+                                            int dither, int paletteConversion);
+ZAN_API void ZAN_STDCALL zanReduceBits(ZanImage* srcImage, ZanImage* dstImage, int jitterType, int dither,
+                                       int levels);
+ZAN_API ZanImage* ZAN_STDCALL zanCreateImageJaehne(int depth, int width, int height);
+
+#ifdef __cplusplus
+} /* extern "C" */
+#endif
+
+#endif /* ZANPX_H */
