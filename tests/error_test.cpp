@@ -1,3 +1,4 @@
+#include <cstdio>
 #include <cstring>
 #include <string>
 #include <thread>
@@ -91,8 +92,11 @@ TEST(ErrorFrame, MessageBoxTextsAndButtons) {
 namespace {
 unsigned lastFlags = 0;
 int answer = zan::platform::kAnswerOk;
-int scripted(const char*, const char*, unsigned flags) {
+// Echoes the box to stderr so that death tests can see which box was shown
+// wherever the real box would have gone.
+int scripted(const char*, const char* body, unsigned flags) {
     lastFlags = flags;
+    std::fprintf(stderr, "%s\n", body);
     return answer;
 }
 }  // namespace
