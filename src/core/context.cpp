@@ -1,16 +1,27 @@
 #include "core/context.h"
 
+#include <atomic>
 #include <new>
 
 namespace zan {
+namespace {
+std::atomic<int> live{0};
+}  // namespace
 
-Context* createContext() noexcept { return new (std::nothrow) Context(); }
+Context* createContext() noexcept {
+    Context* ctx = new (std::nothrow) Context();
+    if (ctx) ++live;
+    return ctx;
+}
 
 void destroyContext(Context* ctx) noexcept {
     if (!ctx) return;
     releaseTransformCaches(*ctx);
     delete ctx;
+    --live;
 }
+
+int liveContexts() noexcept { return live.load(); }
 
 void releaseTransformCaches(Context& ctx) noexcept {
     // No transform keeps tables yet; the slots are reset so a reused context starts clean.

@@ -27,6 +27,10 @@ Context& context();
 Context* createContext() noexcept;
 void destroyContext(Context* ctx) noexcept;
 
+// Contexts made and not yet destroyed, over all threads (lets tests see that
+// a thread's context goes with the thread).
+int liveContexts() noexcept;
+
 // Frees whatever the transform engines cached in this context.
 void releaseTransformCaches(Context& ctx) noexcept;
 

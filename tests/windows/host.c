@@ -12,6 +12,18 @@
 
 #include <zanpx.h>
 
+/* The 32-bit record layout a host was built with, checked when this program is
+ * compiled (a negative array size stops the build). */
+#define LAYOUT(name, cond) typedef char name[(sizeof(void*) != 4 || (cond)) ? 1 : -1]
+LAYOUT(imageSize112, sizeof(ZanImage) == 112);
+LAYOUT(imageRoiAt48, offsetof(ZanImage, roi) == 48);
+LAYOUT(imageDataAt68, offsetof(ZanImage, imageData) == 68);
+LAYOUT(imageBorderAt76, offsetof(ZanImage, borderMode) == 76);
+LAYOUT(imageBlockAt108, offsetof(ZanImage, allocatedBlock) == 108);
+LAYOUT(roiSize20, sizeof(ZanROI) == 20);
+LAYOUT(tileInfoSize20, sizeof(ZanTileInfo) == 20);
+LAYOUT(versionSize32, sizeof(ZanLibVersion) == 32);
+
 static int failures = 0;
 
 #define CHECK(cond)                                                         \
@@ -53,7 +65,6 @@ static void imagesAndErrors(void) {
     if (!img) return;
     /* The DLL and the host agree on the record they share. */
     CHECK(img->headerSize == (int)sizeof(ZanImage));
-    if (sizeof(void*) == 4) CHECK(sizeof(ZanImage) == 112);
     CHECK(img->width == 5 && img->height == 3 && img->widthStep == 16);
     CHECK(img->imageSize == 48);
 
