@@ -17,7 +17,11 @@ void setBoxAnswerSource(BoxAnswerSource source) noexcept { answerSource.store(so
 
 int showMessageBox(const char* title, const char* body, unsigned flags) noexcept {
     if (BoxAnswerSource src = answerSource.load()) return src(title, body, flags);
-    return MessageBoxA(nullptr, body, title, flags);
+    int answer = MessageBoxA(nullptr, body, title, flags);
+    // No box could be shown (no desktop, say): take its default first button,
+    // as a box without a terminal does elsewhere.
+    if (answer <= 0) answer = (flags & 0xF) == MB_YESNO ? IDYES : IDOK;
+    return answer;
 }
 
 [[noreturn]] void fatalAppExit(const char* text) noexcept {
