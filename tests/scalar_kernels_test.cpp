@@ -38,12 +38,12 @@ std::vector<int> constantsFor(UOp op) {
 }
 
 template <class T>
-void checkConstRows(ConstRow<T> (*get)(UOp, Isa)) {
+void checkConstRows(ScalarRow<T> (*get)(UOp, Isa)) {
     std::mt19937 rng(7);
     for (UOp op : {UOp::Sub, UOp::RevSub, UOp::Mul}) {
-        ConstRow<T> reference = get(op, Isa::Scalar);
+        ScalarRow<T> reference = get(op, Isa::Scalar);
         for (Isa isa : isas()) {
-            ConstRow<T> k = get(op, isa);
+            ScalarRow<T> k = get(op, isa);
             for (int c : constantsFor<T>(op)) {
                 for (size_t n : {0, 1, 15, 31, 33, 64, 129}) {
                     for (size_t start : {0, 1, 3}) {

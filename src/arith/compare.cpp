@@ -1,6 +1,8 @@
 // Comparisons of an image with a constant or with a second image into a 1-bit
 // result. Unlike the rest of the library these return their status as well as
 // reporting it, and their header failures carry a leading blank.
+#include <initializer_list>
+
 #include "arith/compare_engine.h"
 #include "core/check.h"
 #include "core/op.h"

@@ -1,10 +1,11 @@
 #include "arith/compare_engine.h"
 
+#include <cmath>
 #include <cstring>
 #include <vector>
 
 #include "arith/bitrow.h"
-#include "core/tiles.h"
+#include "core/frame.h"
 #include "core/view.h"
 #include "kernels/scalar_kernels.h"
 
@@ -87,22 +88,11 @@ bool fastConstant8u(const Pixel& px, int y, int w, Relation rel, int value, uint
     return true;
 }
 
-struct Masks {
-    const View* views[2];
-    int n = 0;
-};
-
-// Writes one result row through the masks.
-void storeRow(const View& res, const Masks& masks, int y, const uint8_t* bits, int w) {
+// Writes one result row where the mask (if any) allows.
+void storeRow(const View& res, const View* mask, int y, const uint8_t* bits, int w) {
     uint8_t* out = reinterpret_cast<uint8_t*>(res.data + ptrdiff_t(y) * res.rowStep);
-    const uint8_t* m[2] = {};
-    for (int i = 0; i < masks.n; ++i)
-        m[i] = reinterpret_cast<const uint8_t*>(masks.views[i]->data + ptrdiff_t(y) * masks.views[i]->rowStep);
-    writeBits(out, res.bitOffset, bits, w, [&](int k) {
-        unsigned sel = 0xFF;
-        for (int i = 0; i < masks.n; ++i) sel &= bitsByte(m[i], masks.views[i]->bitOffset, k, w);
-        return sel;
-    });
+    const uint8_t* m = mask ? reinterpret_cast<const uint8_t*>(mask->data + ptrdiff_t(y) * mask->rowStep) : nullptr;
+    writeBits(out, res.bitOffset, bits, w, [&](int k) { return m ? bitsByte(m, mask->bitOffset, k, w) : 0xFFu; });
 }
 
 template <class F>
@@ -120,34 +110,23 @@ auto byDepth(int depth, F f) {
     }
 }
 
-// Walks the common rectangle of the images (sources first, then res, then the
-// masks of the first source and of res) and calls row(views, y, w, bits) per row.
+// Walks the common rectangle of the sources, res and the masks, and calls
+// rowFn(views, y, w, bits, tmp) for each row, bits to be stored into res.
 template <class RowFn>
 ZanStatus walk(const Op& op, ZanImage* const* sources, int nSources, ZanImage& res, RowFn rowFn) {
-    TileAccess acc[6];
-    int n = 0;
-    for (int i = 0; i < nSources; ++i) acc[n++] = {sources[i], processedRect(*sources[i]), false, ZAN_StsError, "Error get tile to read"};
-    acc[n++] = {&res, processedRect(res), true, ZAN_StsError, "Error get tile to write"};
-    Masks masks;
-    int firstMask = n;
-    for (ZanImage* m : {sources[0]->maskROI, res.maskROI})
-        if (m) acc[n++] = {m, processedRect(*m), false, ZAN_StsError, "Error get tile to read"};
-    Rect common{0, 0, 0x7FFFFFFF, 0x7FFFFFFF};
-    for (int i = 0; i < n; ++i) {
-        common.width = std::min(common.width, acc[i].rect.width);
-        common.height = std::min(common.height, acc[i].rect.height);
-    }
-    if (common.empty()) return ZAN_StsOk;
-    std::vector<uint8_t> bits(size_t(common.width + 7) / 8 + 1), tmp(bits.size());
-    bool ok = walkTiles(op, acc, n, common.width, common.height, [&](const View* v, int w, int h) {
-        masks.n = 0;
-        for (int i = firstMask; i < n; ++i) masks.views[masks.n++] = &v[i];
+    FrameImage images[3];
+    for (int i = 0; i < nSources; ++i) images[i] = {sources[i], false, "Error get tile to read", ZAN_StsError};
+    images[nSources] = {&res, true, "Error get tile to write", ZAN_StsError};
+    PointFrame frame(op, images, nSources + 1);
+    if (!frame.begin()) return zanGetErrStatus() == ZAN_StsNoMem ? ZAN_StsNoMem : ZAN_StsOk;
+    std::vector<uint8_t> bits(size_t(frame.width() + 7) / 8 + 1), tmp(bits.size());
+    bool ok = frame.forEachBlock([&](const View* v, const View* mask, int w, int h) {
         for (int y = 0; y < h; ++y) {
             rowFn(v, y, w, bits.data(), tmp.data());
-            storeRow(v[nSources], masks, y, bits.data(), w);
+            storeRow(v[nSources], mask, y, bits.data(), w);
         }
     });
-    return ok ? ZAN_StsOk : zanGetErrStatus();
+    return ok ? ZAN_StsOk : ZAN_StsError;
 }
 
 }  // namespace

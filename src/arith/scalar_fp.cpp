@@ -22,6 +22,8 @@ void runFloat(const zan::Op& op, ZanImage* src, ZanImage* dst, const char* wrong
 
 using namespace zan;
 
+extern "C" {
+
 ZAN_API void ZAN_STDCALL zanAddSFP(ZanImage* srcImage, ZanImage* dstImage, float value) {
     runFloat(kAddSFP, srcImage, dstImage, "For processing this depth use function zanAddS", ops::AddF{value});
 }
@@ -38,3 +40,5 @@ ZAN_API void ZAN_STDCALL zanMultiplySFP(ZanImage* srcImage, ZanImage* dstImage, 
     runFloat(kMultiplySFP, srcImage, dstImage, "For processing this depth use function zanMultiplyS",
              ops::MulF{value});
 }
+
+}  // extern "C"

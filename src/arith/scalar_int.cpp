@@ -22,8 +22,8 @@ bool isUnsignedWide(int depth) { return depth == ZAN_DEPTH_8U || depth == ZAN_DE
 template <class F>
 bool unsignedOrGeneric(UnaryKernel& k, int depth, kern::UOp uop, int c, F generic) {
     kern::Isa isa = kern::bestIsa();
-    if (depth == ZAN_DEPTH_8U) return k.rows(kern::constRow8u(uop, isa), c);
-    if (depth == ZAN_DEPTH_16U) return k.rows(kern::constRow16u(uop, isa), c);
+    if (depth == ZAN_DEPTH_8U) return k.rows<uint8_t>(kern::constRow8u(uop, isa), c);
+    if (depth == ZAN_DEPTH_16U) return k.rows<uint16_t>(kern::constRow16u(uop, isa), c);
     return k.integers(generic);
 }
 
@@ -31,6 +31,8 @@ bool unsignedOrGeneric(UnaryKernel& k, int depth, kern::UOp uop, int c, F generi
 }  // namespace zan
 
 using namespace zan;
+
+extern "C" {
 
 ZAN_API void ZAN_STDCALL zanAddS(ZanImage* srcImage, ZanImage* dstImage, int value) {
     if (!srcImage) { ZAN_FAIL(kAddS, ZAN_StsBadArg, "srcImage==0"); return; }
@@ -93,3 +95,5 @@ ZAN_API void ZAN_STDCALL zanMultiplyS(ZanImage* srcImage, ZanImage* dstImage, in
         return unsignedOrGeneric(k, d, kern::UOp::Mul, value, ops::MulC{value});
     });
 }
+
+}  // extern "C"

@@ -17,6 +17,8 @@ bool isUnsigned(int depth) {
 
 using namespace zan;
 
+extern "C" {
+
 ZAN_API void ZAN_STDCALL zanLShiftS(ZanImage* srcImage, ZanImage* dstImage, unsigned int nShift) {
     if (!srcImage) { ZAN_FAIL(kLShiftS, ZAN_StsBadArg, "srcImage==0"); return; }
     if (nShift == 0) { zanXorS(srcImage, dstImage, 0); return; }
@@ -35,3 +37,5 @@ ZAN_API void ZAN_STDCALL zanRShiftS(ZanImage* srcImage, ZanImage* dstImage, unsi
     runUnary(kRShiftS, srcImage, dstImage, true,
              [&](UnaryKernel& k, int) { return k.integers(ops::ShiftRight{nShift}); });
 }
+
+}  // extern "C"

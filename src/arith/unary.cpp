@@ -11,6 +11,8 @@ const zan::Op kSquare{"zanSquare", "zansqr"};
 
 using namespace zan;
 
+extern "C" {
+
 ZAN_API void ZAN_STDCALL zanAbs(ZanImage* srcImage, ZanImage* dstImage) {
     runUnary(kAbs, srcImage, dstImage, true, [](UnaryKernel& k, int depth) {
         return depth == ZAN_DEPTH_1U ? k.copy() : k.any(ops::Abs{});
@@ -22,3 +24,5 @@ ZAN_API void ZAN_STDCALL zanSquare(ZanImage* srcImage, ZanImage* dstImage) {
         return depth == ZAN_DEPTH_1U ? k.copy() : k.any(ops::Square{});
     });
 }
+
+}  // extern "C"

@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "kernels/simd_variants.h"
+#include "kernels/scalar_variants.h"
 
 namespace zan {
 namespace kern {
@@ -76,7 +76,7 @@ struct ReverseTable {
 constexpr ReverseTable kTable;
 
 template <class T>
-ConstRow<T> pick(UOp op, const ConstRow<T> (&table)[3]) {
+ScalarRow<T> pick(UOp op, const ScalarRow<T> (&table)[3]) {
     return table[static_cast<int>(op)];
 }
 
@@ -84,23 +84,23 @@ ConstRow<T> pick(UOp op, const ConstRow<T> (&table)[3]) {
 
 const uint8_t* const kReverseBits = kTable.v;
 
-ConstRow<uint8_t> constRow8u(UOp op, Isa isa) {
-    static const ConstRow<uint8_t> scalar[3] = {ref::sub<uint8_t>, ref::revSub<uint8_t>, ref::mul<uint8_t>};
+ScalarRow<uint8_t> constRow8u(UOp op, Isa isa) {
+    static const ScalarRow<uint8_t> scalar[3] = {ref::sub<uint8_t>, ref::revSub<uint8_t>, ref::mul<uint8_t>};
 #if ZAN_KERNELS_X86
-    static const ConstRow<uint8_t> sse[3] = {sse2::sub8u, sse2::revSub8u, sse2::mul8u};
-    static const ConstRow<uint8_t> avx[3] = {avx2::sub8u, avx2::revSub8u, avx2::mul8u};
+    static const ScalarRow<uint8_t> sse[3] = {sse2::sub8u, sse2::revSub8u, sse2::mul8u};
+    static const ScalarRow<uint8_t> avx[3] = {avx2::sub8u, avx2::revSub8u, avx2::mul8u};
     if (isa == Isa::Avx2) return pick(op, avx);
     if (isa == Isa::Sse2) return pick(op, sse);
 #endif
     return pick(op, scalar);
 }
 
-ConstRow<uint16_t> constRow16u(UOp op, Isa isa) {
-    static const ConstRow<uint16_t> scalar[3] = {ref::sub<uint16_t>, ref::revSub<uint16_t>,
+ScalarRow<uint16_t> constRow16u(UOp op, Isa isa) {
+    static const ScalarRow<uint16_t> scalar[3] = {ref::sub<uint16_t>, ref::revSub<uint16_t>,
                                                   ref::mul<uint16_t>};
 #if ZAN_KERNELS_X86
-    static const ConstRow<uint16_t> sse[3] = {sse2::sub16u, sse2::revSub16u, sse2::mul16u};
-    static const ConstRow<uint16_t> avx[3] = {avx2::sub16u, avx2::revSub16u, avx2::mul16u};
+    static const ScalarRow<uint16_t> sse[3] = {sse2::sub16u, sse2::revSub16u, sse2::mul16u};
+    static const ScalarRow<uint16_t> avx[3] = {avx2::sub16u, avx2::revSub16u, avx2::mul16u};
     if (isa == Isa::Avx2) return pick(op, avx);
     if (isa == Isa::Sse2) return pick(op, sse);
 #endif

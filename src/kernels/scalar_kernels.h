@@ -12,7 +12,7 @@ namespace kern {
 
 // d[i] = f(s[i], c) over n samples; d may equal s.
 template <class T>
-using ConstRow = void (*)(const T* s, T* d, ptrdiff_t n, int c);
+using ScalarRow = void (*)(const T* s, T* d, ptrdiff_t n, int c);
 
 // The unsigned forms, clamped to 0 .. max of T. The callers settle the trivial
 // constants first, so each form has a bounded constant:
@@ -21,8 +21,8 @@ using ConstRow = void (*)(const T* s, T* d, ptrdiff_t n, int c);
 //   Mul     s * c, c in [0, max]
 enum class UOp : int { Sub, RevSub, Mul };
 
-ConstRow<uint8_t> constRow8u(UOp op, Isa isa);
-ConstRow<uint16_t> constRow16u(UOp op, Isa isa);
+ScalarRow<uint8_t> constRow8u(UOp op, Isa isa);
+ScalarRow<uint16_t> constRow16u(UOp op, Isa isa);
 
 // Relations of the comparisons.
 enum class Rel : int { Less, Greater, Equal };
