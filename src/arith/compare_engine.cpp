@@ -5,34 +5,13 @@
 #include <vector>
 
 #include "arith/bitrow.h"
+#include "arith/sample_read.h"
 #include "core/frame.h"
 #include "core/view.h"
 #include "kernels/scalar_kernels.h"
 
 namespace zan {
 namespace {
-
-// Row y of channel c of a view, and sample i of it.
-template <class T>
-struct Samples {
-    const char* row;
-    int step;  // bytes between pixels
-    T operator[](int i) const {
-        T v;
-        std::memcpy(&v, row + ptrdiff_t(i) * step, sizeof(T));
-        return v;
-    }
-};
-struct Bits {  // 1-bit samples
-    const uint8_t* row;
-    int offset;
-    int operator[](int i) const { return bitAt(row, offset, i); }
-};
-
-template <class T>
-Samples<T> samples(const View& v, int c, int y) {
-    return {v.channel(c) + ptrdiff_t(y) * v.rowStep, v.pixelStep * int(sizeof(T))};
-}
 
 struct Pixel {
     const View* view;
@@ -95,21 +74,6 @@ void storeRow(const View& res, const View* mask, int y, const uint8_t* bits, int
     writeBits(out, res.bitOffset, bits, w, [&](int k) { return m ? bitsByte(m, mask->bitOffset, k, w) : 0xFFu; });
 }
 
-template <class F>
-auto byDepth(int depth, F f) {
-    switch (depth) {
-        case ZAN_DEPTH_1U: return f([](const View& v, int c, int y) {
-            return Bits{reinterpret_cast<const uint8_t*>(v.data + ptrdiff_t(y) * v.rowStep), v.bitOffset};
-        });
-        case ZAN_DEPTH_8U: return f(samples<uint8_t>);
-        case ZAN_DEPTH_8S: return f(samples<int8_t>);
-        case ZAN_DEPTH_16U: return f(samples<uint16_t>);
-        case ZAN_DEPTH_16S: return f(samples<int16_t>);
-        case ZAN_DEPTH_32S: return f(samples<int32_t>);
-        default: return f(samples<float>);
-    }
-}
-
 // Walks the common rectangle of the sources, res and the masks, and calls
 // rowFn(views, y, w, bits, tmp) for each row, bits to be stored into res.
 template <class RowFn>
@@ -141,7 +105,7 @@ ZanStatus compareWithConstant(const Op& op, ZanImage& img, ZanImage& res, const 
     return walk(op, src, 1, res, [&](const View* v, int y, int w, uint8_t* bits, uint8_t* tmp) {
         Pixel px{&v[0], ch};
         if (integer && fastConstant8u(px, y, w, spec.rel, int(value), bits, tmp)) return;
-        byDepth(img.depth, [&](auto load) {
+        withSampleReader(img.depth, [&](auto load) {
             if (integer) {
                 const int64_t c = int64_t(value);
                 resultRow(px, y, w, pred, load, [&](int, int) { return [c](int) { return c; }; }, bits);
@@ -158,7 +122,7 @@ ZanStatus compareImages(const Op& op, ZanImage& img1, ZanImage& img2, ZanImage& 
     Pred pred{spec.rel, spec.eps};
     return walk(op, src, 2, res, [&](const View* v, int y, int w, uint8_t* bits, uint8_t*) {
         Pixel px{&v[0], c1};
-        byDepth(img1.depth, [&](auto load) {
+        withSampleReader(img1.depth, [&](auto load) {
             resultRow(px, y, w, pred, load,
                       [&](int k, int yy) {
                           auto b = load(v[1], c2.first + k, yy);
