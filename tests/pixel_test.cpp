@@ -104,28 +104,6 @@ TEST_F(PixelTest, OneBitPixelsTouchOnlyTheirBit) {
     EXPECT_EQ(v, 0);
 }
 
-TEST_F(PixelTest, BottomLeftOriginCountsRowsFromTheBottom) {
-    Image im(1, ZAN_DEPTH_8U, 4, 5, ZAN_DATA_ORDER_PIXEL, 4, 0, ZAN_ORIGIN_BL);
-    im.row(4)[0] = 77;
-    unsigned char v = 0;
-    zanGetPixel(im, 0, 0, &v);
-    EXPECT_EQ(v, 77);
-}
-
-TEST_F(PixelTest, PlaneOrderPixelComesOutChannelByChannel) {
-    Image im(3, ZAN_DEPTH_16S, 4, 2, ZAN_DATA_ORDER_PLANE);
-    for (int c = 0; c < 3; ++c) {
-        short s = short(-100 * (c + 1));
-        std::memcpy(im.row(1, c) + 2 * 2, &s, 2);
-    }
-    short out[4] = {0, 0, 0, 99};
-    zanGetPixel(im, 2, 1, out);
-    EXPECT_EQ(out[0], -100);
-    EXPECT_EQ(out[1], -200);
-    EXPECT_EQ(out[2], -300);
-    EXPECT_EQ(out[3], 99);
-}
-
 TEST_F(PixelTest, ReportsAndLeavesTheBufferAlone) {
     Image im(2, ZAN_DEPTH_8U, 4, 3);
     unsigned char buf[2] = {0xAB, 0xCD};
