@@ -16,7 +16,6 @@ namespace {
 using zan::fail;
 using zan::Move;
 using zan::Op;
-using zan::RegionResult;
 
 const Op kCopy{"zanCopy", "zansce"};
 const Op kSet{"zanSet", "zansce"};
@@ -58,8 +57,7 @@ extern "C" ZAN_API void ZAN_STDCALL zanCopy(ZanImage* srcImage, ZanImage* dstIma
 extern "C" ZAN_API void ZAN_STDCALL zanExchange(ZanImage* ImageA, ZanImage* ImageB) {
     zan::guarded(kExchange, [&] {
         if (!pairPrologue(kExchange, ImageA, ImageB) || ImageA == ImageB) return;
-        if (zan::moveRegion(kExchange, Move::Swap, ImageA, ImageB, 0) == RegionResult::InnerFailed)
-            ZAN_FAIL(kExchange, ZAN_StsBackTrace, "");
+        zan::moveRegion(kExchange, Move::Swap, ImageA, ImageB, 0);
     });
 }
 
