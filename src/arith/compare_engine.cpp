@@ -70,8 +70,15 @@ bool fastConstant8u(const Pixel& px, int y, int w, Relation rel, int value, uint
 // Writes one result row where the mask (if any) allows.
 void storeRow(const View& res, const View* mask, int y, const uint8_t* bits, int w) {
     uint8_t* out = reinterpret_cast<uint8_t*>(res.data + ptrdiff_t(y) * res.rowStep);
-    const uint8_t* m = mask ? reinterpret_cast<const uint8_t*>(mask->data + ptrdiff_t(y) * mask->rowStep) : nullptr;
-    writeBits(out, res.bitOffset, bits, w, [&](int k) { return m ? bitsByte(m, mask->bitOffset, k, w) : 0xFFu; });
+    if (!mask) {
+        // Whole bytes go as they are when the row starts on a byte; the rest is merged.
+        int whole = res.bitOffset == 0 ? w / 8 : 0;
+        std::memcpy(out, bits, size_t(whole));
+        writeBits(out + whole, res.bitOffset, bits + whole, w - 8 * whole, [](int) { return 0xFFu; });
+        return;
+    }
+    const uint8_t* m = reinterpret_cast<const uint8_t*>(mask->data + ptrdiff_t(y) * mask->rowStep);
+    writeBits(out, res.bitOffset, bits, w, [&](int k) { return bitsByte(m, mask->bitOffset, k, w); });
 }
 
 // Walks the common rectangle of the sources, res and the masks, and calls
