@@ -247,7 +247,7 @@ TEST_F(ScalarOps, SaturationAndHandOverResults) {
 
 TEST_F(ScalarOps, RandomImagesAgainstModel) {
     for (int depth : kIntDepths) {
-        for (int c : {-70000, -65535, -300, -255, -1, 0, 1, 7, 254, 255, 256, 509, 510, 40000, 65535, 131070}) {
+        for (int c : {-70000, -65535, -300, -255, -1, 0, 1, 7, 254, 255, 256, 509, 510, 40000, 65535, 100000, 131070}) {
             std::string at = " c " + std::to_string(c);
             checkAgainstModel(depth, 3, [c](ZanImage* s, ZanImage* d) { zanAddS(s, d, c); },
                               [=](double s) {
