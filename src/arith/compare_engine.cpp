@@ -4,8 +4,8 @@
 #include <cstring>
 #include <vector>
 
-#include "arith/bitrow.h"
 #include "arith/sample_read.h"
+#include "core/bits.h"
 #include "core/frame.h"
 #include "core/view.h"
 #include "kernels/scalar_kernels.h"
@@ -67,18 +67,19 @@ bool fastConstant8u(const Pixel& px, int y, int w, Relation rel, int value, uint
     return true;
 }
 
-// Writes one result row where the mask (if any) allows.
-void storeRow(const View& res, const View* mask, int y, const uint8_t* bits, int w) {
+// Writes one result row where the mask (if any) allows; keep is scratch for
+// the mask row realigned to the row's first pixel.
+void storeRow(const View& res, const View* mask, int y, const uint8_t* bits, int w, uint8_t* keep) {
     uint8_t* out = reinterpret_cast<uint8_t*>(res.data + ptrdiff_t(y) * res.rowStep);
     if (!mask) {
         // Whole bytes go as they are when the row starts on a byte; the rest is merged.
         int whole = res.bitOffset == 0 ? w / 8 : 0;
         std::memcpy(out, bits, size_t(whole));
-        writeBits(out + whole, res.bitOffset, bits + whole, w - 8 * whole, [](int) { return 0xFFu; });
+        scatterBits(bits + whole, w - 8 * whole, nullptr, out + whole, res.bitOffset);
         return;
     }
-    const uint8_t* m = reinterpret_cast<const uint8_t*>(mask->data + ptrdiff_t(y) * mask->rowStep);
-    writeBits(out, res.bitOffset, bits, w, [&](int k) { return bitsByte(m, mask->bitOffset, k, w); });
+    gatherBits(reinterpret_cast<const uint8_t*>(mask->data + ptrdiff_t(y) * mask->rowStep), mask->bitOffset, w, keep);
+    scatterBits(bits, w, keep, out, res.bitOffset);
 }
 
 // Walks the common rectangle of the sources, res and the masks, and calls
@@ -90,11 +91,11 @@ ZanStatus walk(const Op& op, ZanImage* const* sources, int nSources, ZanImage& r
     images[nSources] = {&res, true, "Error get tile to write", ZAN_StsError};
     PointFrame frame(op, images, nSources + 1);
     if (!frame.begin()) return zanGetErrStatus() == ZAN_StsNoMem ? ZAN_StsNoMem : ZAN_StsOk;
-    std::vector<uint8_t> bits(size_t(frame.width() + 7) / 8 + 1), tmp(bits.size());
+    std::vector<uint8_t> bits(size_t(frame.width() + 7) / 8 + 1), tmp(bits.size()), keep(bits.size());
     bool ok = frame.forEachBlock([&](const View* v, const View* mask, int w, int h) {
         for (int y = 0; y < h; ++y) {
             rowFn(v, y, w, bits.data(), tmp.data());
-            storeRow(v[nSources], mask, y, bits.data(), w);
+            storeRow(v[nSources], mask, y, bits.data(), w, keep.data());
         }
     });
     return ok ? ZAN_StsOk : ZAN_StsError;
