@@ -15,26 +15,14 @@ namespace kern {
 
 ZAN_TARGET_BEGIN("sse2")
 namespace sse2 {
-#define ZAN_REG __m128i
-#define ZAN_MM(op) _mm_##op
-#define ZAN_SI(op) _mm_##op##_si128
-#include "kernels/vec_x86.inc"
-#undef ZAN_REG
-#undef ZAN_MM
-#undef ZAN_SI
+#include "kernels/vec_sse2.inc"
 #include "kernels/scalar_simd.inc"
 }  // namespace sse2
 ZAN_TARGET_END
 
 ZAN_TARGET_BEGIN("avx2")
 namespace avx2 {
-#define ZAN_REG __m256i
-#define ZAN_MM(op) _mm256_##op
-#define ZAN_SI(op) _mm256_##op##_si256
-#include "kernels/vec_x86.inc"
-#undef ZAN_REG
-#undef ZAN_MM
-#undef ZAN_SI
+#include "kernels/vec_avx2.inc"
 #include "kernels/scalar_simd.inc"
 }  // namespace avx2
 ZAN_TARGET_END
