@@ -179,6 +179,12 @@ TEST_F(ScalarOps, CoiAlphaMaskAndTiles) {
             bool inside = x >= 2 && x < 19 && y < 4;
             ASSERT_EQ(get(dst, x, y), inside ? clampTo(ZAN_DEPTH_16U, get(src, x - 1, y + 1, 1) - 1000) : get(before, x, y));
         }
+    // zanSubtractS pairs channels across data orders.
+    Image px(3, ZAN_DEPTH_8U, 7, 2), pl(3, ZAN_DEPTH_8U, 7, 2, ZAN_DATA_ORDER_PLANE);
+    randomize(px, rng);
+    zanSubtractS(px, pl, 9, 1);
+    for (int c = 0; c < 3; ++c)
+        for (int x = 0; x < 7; ++x) ASSERT_EQ(get(pl, x, 1, c), clampTo(ZAN_DEPTH_8U, 9 - get(px, x, 1, c)));
     // The destination's alpha samples keep their value; the mask limits the pixels.
     Image a(4, ZAN_DEPTH_8U, 9, 3, ZAN_DATA_ORDER_PIXEL, 4, 4), b(4, ZAN_DEPTH_8U, 9, 3, ZAN_DATA_ORDER_PIXEL, 4, 4),
         mask(1, ZAN_DEPTH_1U, 9, 3);
