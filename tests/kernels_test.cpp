@@ -86,6 +86,28 @@ TEST(BinaryRows, SimdBitwiseMatchesReference) {
     }
 }
 
+// Rows long enough to be stored past the cache, from every start alignment.
+TEST(BinaryRows, LongRowsMatchReference) {
+    std::mt19937 rng(9);
+    const int n = (2 << 20) + 37;
+    auto a = randomBytes(rng, size_t(n) * 2 + 64), b = randomBytes(rng, size_t(n) * 2 + 64);
+    for (Isa isa : simdIsas())
+        for (int off : {0, 2, 5, 12}) {
+            std::vector<unsigned char> want(a.size()), got(a.size()), inPlace(a);
+            arithRow(Arith::Add, ZAN_DEPTH_16S, Isa::Scalar)(a.data() + off, b.data() + off, want.data() + off, n - 1);
+            arithRow(Arith::Add, ZAN_DEPTH_16S, isa)(a.data() + off, b.data() + off, got.data() + off, n - 1);
+            ASSERT_EQ(want, got) << "isa " << int(isa) << " off " << off;
+            arithRow(Arith::Add, ZAN_DEPTH_16S, isa)(inPlace.data() + off, b.data() + off, inPlace.data() + off, n - 1);
+            ASSERT_EQ(0, std::memcmp(inPlace.data() + off, want.data() + off, size_t(n - 1) * 2));
+            bitwiseRow(Bitwise::Xor, Isa::Scalar)(a.data() + off, b.data() + off, want.data() + off, n);
+            bitwiseRow(Bitwise::Xor, isa)(a.data() + off, b.data() + off, got.data() + off, n);
+            ASSERT_EQ(want, got);
+            bitwiseConstRow(Bitwise::Or, Isa::Scalar)(a.data() + off, want.data() + off, n, 0x0F1E2D3Cu);
+            bitwiseConstRow(Bitwise::Or, isa)(a.data() + off, got.data() + off, n, 0x0F1E2D3Cu);
+            ASSERT_EQ(want, got);
+        }
+}
+
 // The constant's low bits per depth, laid out as samples in memory.
 TEST(BinaryRows, ConstantPatternPerDepth) {
     auto bytes = [](uint32_t p) {
