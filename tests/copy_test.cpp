@@ -193,6 +193,11 @@ uint32_t landed(int depth, int v) {
 
 class CopyTest : public ZanTest {};
 
+ZanStatus ZAN_STDCALL clearingReport(ZanStatus status, const char*, const char*, const char*, int) {
+    zanSetErrStatus(ZAN_StsOk);
+    return status;
+}
+
 }  // namespace
 
 TEST_F(CopyTest, RandomImagesMatchTheModelUntiledAndTiled) {
@@ -275,6 +280,16 @@ TEST_F(CopyTest, CopyReportsEveryFailedComparisonThenStops) {
     EXPECT_EQ(log.last().status, ZAN_StsHeaderIsNull);
     EXPECT_EQ(log.last().context, "Incorrect Image");
     EXPECT_EQ(log.last().func, "zanExchange");
+}
+
+TEST_F(CopyTest, AReportFunctionThatClearsTheStatusStillStopsADepthMismatch) {
+    Image a(1, ZAN_DEPTH_8U, 16, 16), b(1, ZAN_DEPTH_16U, 16, 16);
+    zanSet(a, 200);
+    ZanErrorCallback old = zanRedirectError(clearingReport);
+    zanCopy(a, b);
+    zanExchange(a, b);
+    zanRedirectError(old);
+    EXPECT_EQ(pixels(b), Bytes(size_t(b->imageSize), 0));
 }
 
 TEST_F(CopyTest, DataOrderIsNotComparedForOneChannelImages) {

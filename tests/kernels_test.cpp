@@ -86,23 +86,26 @@ TEST(BinaryRows, SimdBitwiseMatchesReference) {
     }
 }
 
-// The constant's low bits per depth, laid out as samples in memory.
-TEST(BinaryRows, ConstantPatternPerDepth) {
-    auto bytes = [](uint32_t p) {
-        std::vector<unsigned char> b(4);
-        std::memcpy(b.data(), &p, 4);
-        return b;
-    };
-    using B = std::vector<unsigned char>;
-    EXPECT_EQ(bytes(constPattern(ZAN_DEPTH_8U, 0x1F0)), (B{0xF0, 0xF0, 0xF0, 0xF0}));
-    EXPECT_EQ(bytes(constPattern(ZAN_DEPTH_1U, 2)), (B{0, 0, 0, 0}));
-    EXPECT_EQ(bytes(constPattern(ZAN_DEPTH_1U, 3)), (B{0xFF, 0xFF, 0xFF, 0xFF}));
-    uint16_t v = 0x5678;
-    B w(4);
-    std::memcpy(w.data(), &v, 2);
-    std::memcpy(w.data() + 2, &v, 2);
-    EXPECT_EQ(bytes(constPattern(ZAN_DEPTH_16S, 0x12345678)), w);
-    EXPECT_EQ(constPattern(ZAN_DEPTH_32S, 0x12345678u), 0x12345678u);
+// Rows long enough to be stored past the cache, from every start alignment.
+TEST(BinaryRows, LongRowsMatchReference) {
+    std::mt19937 rng(9);
+    const int n = (2 << 20) + 37;
+    auto a = randomBytes(rng, size_t(n) * 2 + 64), b = randomBytes(rng, size_t(n) * 2 + 64);
+    for (Isa isa : simdIsas())
+        for (int off : {0, 2, 5, 12}) {
+            std::vector<unsigned char> want(a.size()), got(a.size()), inPlace(a);
+            arithRow(Arith::Add, ZAN_DEPTH_16S, Isa::Scalar)(a.data() + off, b.data() + off, want.data() + off, n - 1);
+            arithRow(Arith::Add, ZAN_DEPTH_16S, isa)(a.data() + off, b.data() + off, got.data() + off, n - 1);
+            ASSERT_EQ(want, got) << "isa " << int(isa) << " off " << off;
+            arithRow(Arith::Add, ZAN_DEPTH_16S, isa)(inPlace.data() + off, b.data() + off, inPlace.data() + off, n - 1);
+            ASSERT_EQ(0, std::memcmp(inPlace.data() + off, want.data() + off, size_t(n - 1) * 2));
+            bitwiseRow(Bitwise::Xor, Isa::Scalar)(a.data() + off, b.data() + off, want.data() + off, n);
+            bitwiseRow(Bitwise::Xor, isa)(a.data() + off, b.data() + off, got.data() + off, n);
+            ASSERT_EQ(want, got);
+            bitwiseConstRow(Bitwise::Or, Isa::Scalar)(a.data() + off, want.data() + off, n, 0x0F1E2D3Cu);
+            bitwiseConstRow(Bitwise::Or, isa)(a.data() + off, got.data() + off, n, 0x0F1E2D3Cu);
+            ASSERT_EQ(want, got);
+        }
 }
 
 }  // namespace

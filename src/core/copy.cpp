@@ -37,7 +37,9 @@ bool pairPrologue(const Op& op, ZanImage* src, ZanImage* dst) {
     bool orderMatters = src->depth != ZAN_DEPTH_1U && !(src->nChannels == 1 && dst->nChannels == 1);
     if (orderMatters && src->dataOrder != dst->dataOrder)
         ZAN_FAIL(op, ZAN_StsBadArg, "srcImage->dataOrder != dstImage->dataOrder");
-    return zanGetErrStatus() >= 0;
+    // The depth test stands even if a report function cleared the status:
+    // samples of different widths must never pair up.
+    return zanGetErrStatus() >= 0 && src->depth == dst->depth;
 }
 
 // The fill value at the depth's width, clamped to its range.
