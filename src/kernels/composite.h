@@ -56,9 +56,10 @@ template <class T>
 GeneralRow<T> generalRow(int rule, bool premulIn);
 
 // Integer arithmetic of one depth on the 0..Max scale. A product p of two
-// samples is divided by Max, rounded, without a divide:
+// samples is brought back to the scale without a divide:
 //   8U:  ((p >> 8) + p + 1) >> 8      16U: ((p >> 16) + p + 1) >> 16
-// which is exact for every pair of samples (255 * 255 gives 255, x * Max gives x).
+// which for every pair of samples is p / Max rounded down, so x * Max gives x
+// back and full opacity leaves colours as they are.
 template <unsigned Max>
 struct ScalarOps {
     static_assert(Max == 255 || Max == 65535, "8U or 16U");
