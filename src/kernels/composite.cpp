@@ -2,6 +2,8 @@
 // choice between variants.
 #include "kernels/composite.h"
 
+#include <cstring>
+
 #include "kernels/composite_isa.h"
 
 namespace zan {
@@ -30,15 +32,27 @@ struct Ref {
     static Rows<T> get() { return {uniform, pixel}; }
 };
 
+template <class T>
+unsigned load(const char* p) {
+    T v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+}
+template <class T>
+void store(char* p, unsigned v) {
+    T t = T(v);
+    std::memcpy(p, &t, sizeof t);
+}
+
 template <class T, class R, bool PremulIn>
 struct General {
     using O = OpsFor<T>;
 
-    static unsigned opacity(const typename GeneralArgs<T>::Opacity& o, int x) {
-        return o.p ? unsigned(o.p[x * o.pixel]) : o.constant;
+    static unsigned opacity(const GeneralArgs::Opacity& o, int x) {
+        return o.p ? load<T>(o.p + x * o.pixel) : o.constant;
     }
 
-    static void row(const GeneralArgs<T>& g) {
+    static void row(const GeneralArgs& g) {
         for (int x = 0; x < g.n; ++x) {
             if (g.mask) {
                 int bit = x + g.maskBit;
@@ -47,16 +61,16 @@ struct General {
             unsigned aa = opacity(g.alphaA, x), ab = opacity(g.alphaB, x);
             unsigned a = R::template alpha<O>(aa, ab);
             for (int k = 0; k < g.channels; ++k) {
-                unsigned ca = g.a.p[x * g.a.pixel + k * g.a.channel];
-                unsigned cb = g.b.p[x * g.b.pixel + k * g.b.channel];
+                unsigned ca = load<T>(g.a.p + x * g.a.pixel + k * g.a.channel);
+                unsigned cb = load<T>(g.b.p + x * g.b.pixel + k * g.b.channel);
                 unsigned c = compositeColour<O, R, PremulIn>(ca, cb, aa, ab);
-                g.d.p[x * g.d.pixel + k * g.d.channel] = T(g.divide ? O::divide(c, a) : c);
+                store<T>(g.d.p + x * g.d.pixel + k * g.d.channel, g.divide ? O::divide(c, a) : c);
             }
-            if (g.alphaD.p) g.alphaD.p[x * g.alphaD.pixel] = T(a);
+            if (g.alphaD.p) store<T>(g.alphaD.p + x * g.alphaD.pixel, a);
         }
     }
 
-    static GeneralRow<T> get() { return row; }
+    static GeneralRow get() { return row; }
 };
 
 template <class R, bool P>
@@ -86,7 +100,7 @@ Rows<T> rows(Isa isa, int rule, bool premulIn) {
 }
 
 template <class T>
-GeneralRow<T> generalRow(int rule, bool premulIn) {
+GeneralRow generalRow(int rule, bool premulIn) {
     if constexpr (sizeof(T) == 1)
         return scalar::selectRule<scalar::General8>(rule, premulIn);
     else
@@ -95,8 +109,8 @@ GeneralRow<T> generalRow(int rule, bool premulIn) {
 
 template Rows<uint8_t> rows<uint8_t>(Isa, int, bool);
 template Rows<uint16_t> rows<uint16_t>(Isa, int, bool);
-template GeneralRow<uint8_t> generalRow<uint8_t>(int, bool);
-template GeneralRow<uint16_t> generalRow<uint16_t>(int, bool);
+template GeneralRow generalRow<uint8_t>(int, bool);
+template GeneralRow generalRow<uint16_t>(int, bool);
 
 }  // namespace composite
 }  // namespace zan

@@ -31,17 +31,18 @@ template <class T>
 Rows<T> rows(Isa isa, int rule, bool premulIn);
 
 // The general row: any layout, opacities from constants or from sample
-// streams, a mask, un-premultiplied output. Steps count samples, not bytes.
-template <class T>
+// streams, a mask, un-premultiplied output. Pointers and steps are in bytes
+// and samples are read unaligned, so no layout a caller may describe can
+// misalign an access.
 struct GeneralArgs {
     int n = 0;         // pixels
     int channels = 0;  // colour channels per pixel
     struct Colour {
-        T* p;
-        ptrdiff_t pixel, channel;  // channel k of pixel x at p[x * pixel + k * channel]
-    } a{}, b{}, d{};
+        char* p = nullptr;
+        ptrdiff_t pixel = 0, channel = 0;  // channel k of pixel x at p + x * pixel + k * channel
+    } a, b, d;
     struct Opacity {
-        T* p = nullptr;  // null: the constant
+        char* p = nullptr;  // null: the constant
         ptrdiff_t pixel = 0;
         unsigned constant = 0;
     } alphaA, alphaB, alphaD;  // alphaD.p null: the result opacity is not stored
@@ -49,11 +50,10 @@ struct GeneralArgs {
     int maskBit = 0;
     bool divide = false;  // divide the colour by the result opacity
 };
-template <class T>
-using GeneralRow = void (*)(const GeneralArgs<T>& args);
+using GeneralRow = void (*)(const GeneralArgs& args);
 
 template <class T>
-GeneralRow<T> generalRow(int rule, bool premulIn);
+GeneralRow generalRow(int rule, bool premulIn);
 
 // Integer arithmetic of one depth on the 0..Max scale. A product p of two
 // samples is brought back to the scale without a divide:
