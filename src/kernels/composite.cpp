@@ -86,11 +86,11 @@ using Ref16 = Ref<uint16_t, R, P>;
 }  // namespace scalar
 
 template <class T>
-Rows<T> rows(Isa isa, int rule, bool premulIn) {
-    if (!cpuHas(isa)) return {};
+Rows<T> rows(kern::Isa isa, int rule, bool premulIn) {
+    if (isa > kern::bestIsa()) return {};
     switch (isa) {
-        case Isa::Sse2: return sse2::rows<T>(rule, premulIn);
-        case Isa::Avx2: return avx2::rows<T>(rule, premulIn);
+        case kern::Isa::Sse2: return sse2::rows<T>(rule, premulIn);
+        case kern::Isa::Avx2: return avx2::rows<T>(rule, premulIn);
         default: break;
     }
     if constexpr (sizeof(T) == 1)
@@ -107,8 +107,8 @@ GeneralRow generalRow(int rule, bool premulIn) {
         return scalar::selectRule<scalar::General16>(rule, premulIn);
 }
 
-template Rows<uint8_t> rows<uint8_t>(Isa, int, bool);
-template Rows<uint16_t> rows<uint16_t>(Isa, int, bool);
+template Rows<uint8_t> rows<uint8_t>(kern::Isa, int, bool);
+template Rows<uint16_t> rows<uint16_t>(kern::Isa, int, bool);
 template GeneralRow generalRow<uint8_t>(int, bool);
 template GeneralRow generalRow<uint16_t>(int, bool);
 

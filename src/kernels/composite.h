@@ -26,9 +26,9 @@ struct Rows {
 };
 
 // The rows of one rule (0..5) for one instruction set; both null when this
-// build has no code for that set.
+// build or this processor lacks that set.
 template <class T>
-Rows<T> rows(Isa isa, int rule, bool premulIn);
+Rows<T> rows(kern::Isa isa, int rule, bool premulIn);
 
 // The general row: any layout, opacities from constants or from sample
 // streams, a mask, un-premultiplied output. Pointers and steps are in bytes

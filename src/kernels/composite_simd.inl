@@ -1,6 +1,7 @@
-// The SIMD compositing rows, written once against an instruction-set wrapper
-// I that the including file defines (16-bit lanes in a register of I::kBytes
-// bytes). Included inside that file's own namespace; no include guard.
+// The SIMD compositing rows, written once against the shared vector type V
+// (kernels/vec_x86.inc) that the including file defines, with its ZAN_MM
+// macro still in force. Included inside that file's own anonymous namespace;
+// no include guard.
 //
 // 8U samples are widened to 16-bit lanes, so one step handles I::kBytes
 // samples for either depth. Tails go to the scalar reference, so the loops
@@ -8,9 +9,31 @@
 
 #include "kernels/composite_rules.inl"
 
+// The shared vector type plus the few operations compositing needs besides.
+struct I : V {
+    static reg set1(unsigned x) { return set1_16(int(x)); }
+    static reg unpacklo8(reg x) { return V::unpacklo8(x, zero()); }
+    static reg unpackhi8(reg x) { return V::unpackhi8(x, zero()); }
+    static reg pack8(reg lo, reg hi) { return packus16(lo, hi); }
+    static reg add(reg x, reg y) { return ZAN_MM(add_epi16)(x, y); }
+    static reg sub(reg x, reg y) { return sub16(x, y); }
+    static reg min(reg x, reg y) { return ZAN_MM(min_epi16)(x, y); }  // signed: only for values below 32768
+    static reg adds(reg x, reg y) { return addsU16(x, y); }
+    static reg mullo(reg x, reg y) { return mullo16(x, y); }
+    static reg mulhi(reg x, reg y) { return mulhiU16(x, y); }
+    static reg srli8(reg x) { return ZAN_MM(srli_epi16)(x, 8); }
+    static reg cmpeq(reg x, reg y) { return cmpeq16(x, y); }
+    static reg band(reg x, reg y) { return and_(x, y); }
+    static reg bor(reg x, reg y) { return or_(x, y); }
+    static reg bandnot(reg mask, reg y) { return V::andnot(y, mask); }  // y & ~mask
+    // Each pixel's fourth lane (its opacity) copied over the pixel's four lanes.
+    static reg spreadAlpha(reg x) { return ZAN_MM(shufflehi_epi16)(ZAN_MM(shufflelo_epi16)(x, 0xFF), 0xFF); }
+    static reg alphaLanes() { return ZAN_MM(set1_epi64x)(int64_t(0xFFFF000000000000ull)); }
+};
+
 // 8U on 16-bit lanes: every intermediate fits (255 * 255 + 254 + 1 < 65536).
 struct Ops8 {
-    using V = I::V;
+    using V = I::reg;
     static V mul(V x, V y) {
         V p = I::mullo(x, y);
         return I::srli8(I::add(I::add(p, I::srli8(p)), I::set1(1)));
@@ -22,7 +45,7 @@ struct Ops8 {
 // 16U: with p = hi:lo, ((p >> 16) + p + 1) >> 16 is hi plus the carry of
 // hi + lo + 1, that is hi + 1 exactly when hi + lo reaches 65535.
 struct Ops16 {
-    using V = I::V;
+    using V = I::reg;
     static V mul(V x, V y) {
         V lo = I::mullo(x, y), hi = I::mulhi(x, y);
         return I::sub(hi, I::cmpeq(I::adds(hi, lo), I::set1(0xFFFF)));
@@ -36,7 +59,7 @@ template <class T>
 struct Io;
 template <>
 struct Io<uint8_t> {
-    using V = I::V;
+    using V = I::reg;
     using O = Ops8;
     static constexpr unsigned kMax = 255;
     static void load(const uint8_t* p, V& lo, V& hi) {
@@ -48,7 +71,7 @@ struct Io<uint8_t> {
 };
 template <>
 struct Io<uint16_t> {
-    using V = I::V;
+    using V = I::reg;
     using O = Ops16;
     static constexpr unsigned kMax = 65535;
     static void load(const uint16_t* p, V& lo, V& hi) {
@@ -65,7 +88,7 @@ constexpr int kStep = I::kBytes;  // samples per step
 
 template <class T, class R, bool PremulIn>
 struct Simd {
-    using V = I::V;
+    using V = I::reg;
     using O = typename Io<T>::O;
 
     static void uniform(const T* a, const T* b, T* d, int n, unsigned aA, unsigned aB) {
@@ -78,7 +101,7 @@ struct Simd {
             Io<T>::store(d + i, compositeColour<O, R, PremulIn>(a0, b0, aa, ab),
                          compositeColour<O, R, PremulIn>(a1, b1, aa, ab));
         }
-        if (i < n) composite::rows<T>(Isa::Scalar, R::kIndex, PremulIn).uniform(a + i, b + i, d + i, n - i, aA, aB);
+        if (i < n) composite::rows<T>(kern::Isa::Scalar, R::kIndex, PremulIn).uniform(a + i, b + i, d + i, n - i, aA, aB);
     }
 
     // Two or four pixels per register. Each pixel's opacity is spread over its
@@ -106,7 +129,7 @@ struct Simd {
             Io<T>::load(b + 4 * i, b0, b1);
             Io<T>::store(d + 4 * i, pixels(a0, b0, lane, laneMax), pixels(a1, b1, lane, laneMax));
         }
-        if (i < n) composite::rows<T>(Isa::Scalar, R::kIndex, PremulIn).pixel(a + 4 * i, b + 4 * i, d + 4 * i, n - i);
+        if (i < n) composite::rows<T>(kern::Isa::Scalar, R::kIndex, PremulIn).pixel(a + 4 * i, b + 4 * i, d + 4 * i, n - i);
     }
 
     static Rows<T> get() { return {uniform, pixel}; }

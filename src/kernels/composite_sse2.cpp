@@ -1,46 +1,28 @@
 // SSE2 compositing rows (the x86 baseline).
 #include "kernels/composite_isa.h"
 
-#if defined(__x86_64__) || defined(__i386__)
-#include <emmintrin.h>
-
-#if defined(__GNUC__) && !defined(__clang__)
+#if defined(__x86_64__) || defined(__i386__) || defined(_M_X64) || defined(_M_IX86)
+#if defined(__clang__)
+#pragma clang attribute push(__attribute__((target("sse2"))), apply_to = function)
+#elif defined(__GNUC__)
 #pragma GCC push_options
 #pragma GCC target("sse2")
-#elif defined(__clang__)
-#pragma clang attribute push(__attribute__((target("sse2"))), apply_to = function)
 #endif
+#include <emmintrin.h>
 
 namespace zan {
 namespace composite {
 namespace sse2 {
 namespace {
 
-struct I {
-    using V = __m128i;
-    static constexpr int kBytes = 16;
-    static V load(const void* p) { return _mm_loadu_si128(static_cast<const V*>(p)); }
-    static void store(void* p, V x) { _mm_storeu_si128(static_cast<V*>(p), x); }
-    static V set1(unsigned x) { return _mm_set1_epi16(static_cast<short>(x)); }
-    static V unpacklo8(V x) { return _mm_unpacklo_epi8(x, _mm_setzero_si128()); }
-    static V unpackhi8(V x) { return _mm_unpackhi_epi8(x, _mm_setzero_si128()); }
-    static V pack8(V lo, V hi) { return _mm_packus_epi16(lo, hi); }
-    static V add(V x, V y) { return _mm_add_epi16(x, y); }
-    static V sub(V x, V y) { return _mm_sub_epi16(x, y); }
-    static V min(V x, V y) { return _mm_min_epi16(x, y); }  // signed: only for values below 32768
-    static V adds(V x, V y) { return _mm_adds_epu16(x, y); }
-    static V mullo(V x, V y) { return _mm_mullo_epi16(x, y); }
-    static V mulhi(V x, V y) { return _mm_mulhi_epu16(x, y); }
-    static V srli8(V x) { return _mm_srli_epi16(x, 8); }
-    static V cmpeq(V x, V y) { return _mm_cmpeq_epi16(x, y); }
-    static V band(V x, V y) { return _mm_and_si128(x, y); }
-    static V bor(V x, V y) { return _mm_or_si128(x, y); }
-    static V bandnot(V mask, V y) { return _mm_andnot_si128(mask, y); }
-    static V spreadAlpha(V x) { return _mm_shufflehi_epi16(_mm_shufflelo_epi16(x, 0xFF), 0xFF); }
-    static V alphaLanes() { return _mm_set_epi16(-1, 0, 0, 0, -1, 0, 0, 0); }
-};
-
+#define ZAN_REG __m128i
+#define ZAN_MM(op) _mm_##op
+#define ZAN_SI(op) _mm_##op##_si128
+#include "kernels/vec_x86.inc"
 #include "kernels/composite_simd.inl"
+#undef ZAN_REG
+#undef ZAN_MM
+#undef ZAN_SI
 
 }  // namespace
 
@@ -53,10 +35,10 @@ Rows<T> rows(int rule, bool premulIn) {
 }  // namespace composite
 }  // namespace zan
 
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC pop_options
-#elif defined(__clang__)
+#if defined(__clang__)
 #pragma clang attribute pop
+#elif defined(__GNUC__)
+#pragma GCC pop_options
 #endif
 
 #else  // no x86: no SIMD rows
