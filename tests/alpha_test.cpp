@@ -4,6 +4,7 @@
 #include <cstring>
 #include <functional>
 #include <random>
+#include <vector>
 
 #include "composite_model.h"
 #include "test_support.h"
@@ -206,6 +207,22 @@ TEST_F(AlphaLayout, TiledImages) {
     ASSERT_EQ(log.reports().size(), 1u);
     EXPECT_EQ(log.last().status, ZAN_StsError);
     EXPECT_EQ(log.last().context, "ERROR in Tiling callBack");
+}
+
+// A caller's 16U pixels at an odd address: read and written without
+// misaligned accesses, with the same result as aligned ones.
+TEST_F(AlphaLayout, UnalignedCallerPixels) {
+    std::mt19937 rng(17);
+    Image a(4, 16, 13, 3, 0, 4, 4), b(4, 16, 13, 3, 0, 4, 4), d(4, 16, 13, 3, 0, 4, 4);
+    randomize(a, rng), randomize(b, rng);
+    std::vector<char> block(size_t(a->imageSize) + 1);
+    std::memcpy(block.data() + 1, a->imageData, size_t(a->imageSize));
+    ZanImage odd = *a.im;
+    odd.imageData = block.data() + 1;
+    zanAlphaComposite(a, b, d, ZAN_COMPOSITE_OVER, nullptr, nullptr, nullptr, 0, 0);
+    zanAlphaComposite(&odd, b, &odd, ZAN_COMPOSITE_OVER, nullptr, nullptr, nullptr, 0, 0);
+    ASSERT_TRUE(log.empty());
+    EXPECT_EQ(std::memcmp(block.data() + 1, d->imageData, size_t(d->imageSize)), 0);
 }
 
 // One failed check each: the first failing one is reported, with its text,
