@@ -2,6 +2,7 @@
 // pixel-by-pixel model: ROIs (clipped), COI, alpha, plane order, masks on any
 // image, sizes that differ, in-place use, the whole-buffer path and tiles.
 #include <memory>
+#include <thread>
 
 #include "point_model.h"
 
@@ -147,7 +148,8 @@ TEST_F(FrameRandom, MatchesModelForEveryOperationAndDepth) {
     }
 }
 
-// Tiles smaller than, equal to and straddling the rectangle give the untiled result.
+// Tiles smaller than, equal to and straddling the rectangle give the untiled
+// result, in place too.
 TEST_F(FrameRandom, TiledImagesGiveTheUntiledResult) {
     std::mt19937 rng(99);
     const int tileSizes[][2] = {{8, 8}, {16, 8}, {24, 16}, {64, 16}, {128, 128}};
@@ -156,31 +158,53 @@ TEST_F(FrameRandom, TiledImagesGiveTheUntiledResult) {
             if (op.bitwise && depth == ZAN_DEPTH_32F) continue;
             for (int iter = 0; iter < 12; ++iter) {
                 Scene s = makeScene(rng, depth, op.sources);
-                s.inPlace = false;
                 unsigned value = unsigned(rng());
+                size_t di = s.inPlace ? 0 : s.images.size() - 1;
                 std::vector<std::unique_ptr<Image>> copies;
                 for (auto& im : s.images) copies.push_back(cloneImage(im->im));
                 ZanImage* c1 = op.sources > 1 ? copies[1]->im : nullptr;
-                op.run(copies[0]->im, c1, copies.back()->im, value);
+                op.run(copies[0]->im, c1, copies[di]->im, value);
 
                 std::vector<TileServer> servers(s.images.size());
                 for (size_t i = 0; i < s.images.size(); ++i)
-                    if (i + 1 == s.images.size() || pick(rng, 0, 1)) {
+                    if (i == di || pick(rng, 0, 1)) {
                         const int* t = tileSizes[pick(rng, 0, 4)];
                         makeTiled(*s.images[i], servers[i], t[0], t[1]);
                     }
-                ZanImage* d = s.images.back()->im;
+                ZanImage* d = s.dst();
                 op.run(s.src(0), op.sources > 1 ? s.src(1) : nullptr, d, value);
                 ASSERT_TRUE(log.empty()) << op.name << ": " << log.last().context;
                 Image out(d->nChannels, d->depth, d->width, d->height, d->dataOrder, d->align, d->alphaChannel);
-                untile(*s.images.back(), servers.back(), out);
-                ASSERT_TRUE(samePixels(out.im, reinterpret_cast<unsigned char*>(copies.back()->im->imageData)))
-                    << op.name << " depth " << depth << " iter " << iter;
+                untile(*s.images[di], servers[di], out);
+                ASSERT_TRUE(samePixels(out.im, reinterpret_cast<unsigned char*>(copies[di]->im->imageData)))
+                    << op.name << " depth " << depth << " iter " << iter << (s.inPlace ? " in place" : "");
                 clearMasks(s);
                 for (auto& c : copies) c->im->maskROI = nullptr;
             }
         }
     }
+}
+
+// The frame keeps its row buffers and temporary masks per call: threads
+// running masked operations at once each get their own result.
+TEST_F(FrameRandom, ConcurrentCallsAreIndependent) {
+    const int kThreads = 4;
+    std::vector<int> bad(kThreads, 0);
+    std::vector<std::thread> pool;
+    for (int t = 0; t < kThreads; ++t)
+        pool.emplace_back([t, &bad] {
+            std::mt19937 rng(500 + t);
+            for (int iter = 0; iter < 40; ++iter) {
+                Scene s = makeScene(rng, ZAN_DEPTH_8U, 2);
+                auto want = modelResult({s.src(0), s.src(1)}, s.dst(),
+                                        [](const double* v) { return saturateTo(ZAN_DEPTH_8U, v[0] + v[1]); });
+                zanAdd(s.src(0), s.src(1), s.dst());
+                if (!samePixels(s.dst(), want.data())) ++bad[size_t(t)];
+                clearMasks(s);
+            }
+        });
+    for (auto& th : pool) th.join();
+    for (int t = 0; t < kThreads; ++t) EXPECT_EQ(bad[size_t(t)], 0) << "thread " << t;
 }
 
 }  // namespace

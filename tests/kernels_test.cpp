@@ -108,23 +108,4 @@ TEST(BinaryRows, LongRowsMatchReference) {
         }
 }
 
-// The constant's low bits per depth, laid out as samples in memory.
-TEST(BinaryRows, ConstantPatternPerDepth) {
-    auto bytes = [](uint32_t p) {
-        std::vector<unsigned char> b(4);
-        std::memcpy(b.data(), &p, 4);
-        return b;
-    };
-    using B = std::vector<unsigned char>;
-    EXPECT_EQ(bytes(constPattern(ZAN_DEPTH_8U, 0x1F0)), (B{0xF0, 0xF0, 0xF0, 0xF0}));
-    EXPECT_EQ(bytes(constPattern(ZAN_DEPTH_1U, 2)), (B{0, 0, 0, 0}));
-    EXPECT_EQ(bytes(constPattern(ZAN_DEPTH_1U, 3)), (B{0xFF, 0xFF, 0xFF, 0xFF}));
-    uint16_t v = 0x5678;
-    B w(4);
-    std::memcpy(w.data(), &v, 2);
-    std::memcpy(w.data() + 2, &v, 2);
-    EXPECT_EQ(bytes(constPattern(ZAN_DEPTH_16S, 0x12345678)), w);
-    EXPECT_EQ(constPattern(ZAN_DEPTH_32S, 0x12345678u), 0x12345678u);
-}
-
 }  // namespace
