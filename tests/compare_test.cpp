@@ -87,7 +87,7 @@ TEST_F(Compare, ConstantFormsAgainstModel) {
     std::mt19937 rng(21);
     struct Form {
         const char* name;
-        ZanStatus (*fn)(ZanImage*, int, ZanImage*);
+        ZanStatus(ZAN_STDCALL* fn)(ZanImage*, int, ZanImage*);
         Relation rel;
     } forms[] = {{"less", zanLessS, kLess}, {"greater", zanGreaterS, kGreater}, {"equal", zanEqualS, kEqual}};
     const int depths[] = {ZAN_DEPTH_1U, ZAN_DEPTH_8U, ZAN_DEPTH_8S, ZAN_DEPTH_16U, ZAN_DEPTH_16S, ZAN_DEPTH_32S};
@@ -136,7 +136,7 @@ TEST_F(Compare, ConstantFormsAgainstModel) {
 TEST_F(Compare, ImageFormsAgainstModel) {
     std::mt19937 rng(23);
     struct Form {
-        ZanStatus (*fn)(ZanImage*, ZanImage*, ZanImage*);
+        ZanStatus(ZAN_STDCALL* fn)(ZanImage*, ZanImage*, ZanImage*);
         Relation rel;
     } forms[] = {{zanLess, kLess}, {zanGreater, kGreater}, {zanEqual, kEqual}};
     for (int depth : {ZAN_DEPTH_1U, ZAN_DEPTH_8U, ZAN_DEPTH_16S, ZAN_DEPTH_32S, ZAN_DEPTH_32F}) {
