@@ -87,6 +87,42 @@ static void imagesAndErrors(void) {
     zanDeallocate(img, ZAN_IMAGE_ALL);
 }
 
+static ZanImage* rgbImage(int fill) {
+    char model[] = "RGB", seq[] = "BGR";
+    ZanImage* img = zanCreateImageHeader(3, 0, ZAN_DEPTH_8U, model, seq, ZAN_DATA_ORDER_PIXEL, ZAN_ORIGIN_TL,
+                                         ZAN_ALIGN_4BYTES, 37, 5, NULL, NULL, NULL, NULL);
+    if (img) zanAllocateImage(img, 1, fill);
+    return img;
+}
+
+/* Every pixel sample (the row padding aside) equals value. */
+static int allSamples(const ZanImage* img, int value) {
+    int x, y;
+    for (y = 0; y < img->height; ++y)
+        for (x = 0; x < img->width * img->nChannels; ++x)
+            if ((unsigned char)img->imageData[y * img->widthStep + x] != value) return 0;
+    return 1;
+}
+
+static void arithmetic(void) {
+    ZanImage* a = rgbImage(200);
+    ZanImage* b = rgbImage(100);
+    ZanImage* d = rgbImage(0);
+    CHECK(a && b && d);
+    if (a && b && d) {
+        zanAdd(a, b, d);
+        CHECK(allSamples(d, 255)); /* saturated, not wrapped */
+        zanAddS(a, d, -50);
+        CHECK(allSamples(d, 150));
+        zanSet(d, 7);
+        CHECK(allSamples(d, 7));
+        CHECK(zanGetErrStatus() == ZAN_StsOk && reportCount == 1);
+    }
+    zanDeallocate(a, ZAN_IMAGE_ALL);
+    zanDeallocate(b, ZAN_IMAGE_ALL);
+    zanDeallocate(d, ZAN_IMAGE_ALL);
+}
+
 static void plainExportNames(void) {
     HMODULE dll = GetModuleHandleA("zanPX.dll");
     CHECK(dll != NULL);
@@ -191,6 +227,7 @@ int main(int argc, char** argv) {
     if (slash) *slash = '\0';
 
     imagesAndErrors();
+    arithmetic();
     plainExportNames();
     threadsKeepTheirOwnState();
     lateLoad(dir);
