@@ -159,7 +159,7 @@ void convertTo(const Op& op, const Texts& t, ZanImage* image, ZanBitmapInfoHeade
         if (!stream) return rle::failNoMemory(op, h->biBitCount);
     }
     // From here on the DIB itself may be written; an uncompressed one directly.
-    if (indexed) palette::storeTable(colours, table);
+    if (indexed && paletteConversion != 0) palette::storeTable(colours, table);
     palette::Mapper mapper(colours);
     std::vector<uint8_t> bgra(size_t(w) * 4), index(static_cast<size_t>(w));
     const bool same = sameRowBytes(*h, *src, seq);
