@@ -232,6 +232,11 @@ void writeImageRow(const ZanImage& im, int y, const uint8_t* s, int n) {
         std::memcpy(w.row, s, size_t(n) * 4);
         return;
     }
+    if (im.depth == ZAN_DEPTH_8U && im.nChannels == 3 && !w.planeStep) {  // the common case in one pass
+        auto* d = reinterpret_cast<uint8_t*>(w.row);
+        for (int x = 0; x < n; ++x, d += 3, s += 4) d[0] = s[0], d[1] = s[1], d[2] = s[2];
+        return;
+    }
     for (int c = 0; c < im.nChannels; ++c) {
         if (im.depth == ZAN_DEPTH_8U)
             storeChannel<uint8_t>(s, n, c, w.row + w.at(0, c, 1), w.pixelStep);
