@@ -12,19 +12,8 @@
 namespace zan {
 namespace kern {
 
-ZAN_TARGET_BEGIN("sse2")
-namespace sse2 {
-#include "kernels/vec_sse2.inc"
-#include "kernels/binary_simd.inc"
-}  // namespace sse2
-ZAN_TARGET_END
-
-ZAN_TARGET_BEGIN("avx2")
-namespace avx2 {
-#include "kernels/vec_avx2.inc"
-#include "kernels/binary_simd.inc"
-}  // namespace avx2
-ZAN_TARGET_END
+#define ZAN_KERNEL_SOURCE "kernels/binary_simd.inc"
+#include "kernels/x86_variants.inc"
 
 const RowTable* sse2RowTable() { return &sse2::kTable; }
 const RowTable* avx2RowTable() { return &avx2::kTable; }

@@ -10,19 +10,8 @@
 namespace zan {
 namespace composite {
 
-ZAN_TARGET_BEGIN("sse2")
-namespace sse2 {
-#include "kernels/vec_sse2.inc"
-#include "kernels/composite_simd.inl"
-}  // namespace sse2
-ZAN_TARGET_END
-
-ZAN_TARGET_BEGIN("avx2")
-namespace avx2 {
-#include "kernels/vec_avx2.inc"
-#include "kernels/composite_simd.inl"
-}  // namespace avx2
-ZAN_TARGET_END
+#define ZAN_KERNEL_SOURCE "kernels/composite_simd.inl"
+#include "kernels/x86_variants.inc"
 
 }  // namespace composite
 }  // namespace zan
