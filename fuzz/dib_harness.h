@@ -20,7 +20,9 @@ constexpr int64_t kMaxBlock = int64_t(1) << 24;
 constexpr int64_t kMaxPixels = int64_t(1) << 18;
 
 inline std::unique_ptr<uint8_t[]> exactCopy(const uint8_t* data, size_t size, int64_t bytes) {
-    std::unique_ptr<uint8_t[]> block(new uint8_t[size_t(std::max<int64_t>(bytes, 1))]());
+    // Callers stay far below kMaxBlock; the clamp also keeps the size in range on 32-bit targets.
+    bytes = std::min(std::max<int64_t>(bytes, 1), kMaxBlock);
+    std::unique_ptr<uint8_t[]> block(new uint8_t[size_t(bytes)]());
     std::memcpy(block.get(), data, size_t(std::min<int64_t>(int64_t(size), bytes)));
     return block;
 }

@@ -28,7 +28,7 @@ only_dll=$(LC_ALL=C comm -23 "$work/dll" "$work/so")
 only_so=$(LC_ALL=C comm -13 "$work/dll" "$work/so")
 if [ -n "$only_dll" ]; then echo "FAIL: exported by $(basename "$dll") only:"; echo "$only_dll" | sed 's/^/  /'; status=1; fi
 if [ -n "$only_so" ]; then echo "FAIL: exported by $(basename "$so") only:"; echo "$only_so" | sed 's/^/  /'; status=1; fi
-stray=$(grep -v '^zan' "$work/dll" || true)
+stray=$(LC_ALL=C sort -u "$work/dll" "$work/so" | grep -v '^zan' || true)
 if [ -n "$stray" ]; then echo "FAIL: exports outside the zan prefix:"; echo "$stray" | sed 's/^/  /'; status=1; fi
 if [ "$plain" = 1 ]; then
   decorated=$(grep -E '@|^_' "$work/dll" || true)
