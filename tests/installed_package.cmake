@@ -16,7 +16,7 @@ if(rc)
 endif()
 separate_arguments(flags UNIX_COMMAND "${flags}")
 set(exe ${prefix}/c_smoke)
-execute_process(COMMAND ${CC} -std=c99 -Wall -Werror ${SOURCE_DIR}/c_smoke.c ${flags} -o ${exe}
+execute_process(COMMAND ${CC} -std=c99 -Wall -Werror ${EXTRA} ${SOURCE_DIR}/c_smoke.c ${flags} -o ${exe}
                 RESULT_VARIABLE rc)
 if(rc)
   message(FATAL_ERROR "compiling against the installed package failed")

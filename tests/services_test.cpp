@@ -1,0 +1,32 @@
+#include <cstdint>
+#include <cstring>
+
+#include "test_support.h"
+
+TEST(Services, AllocatorsAlign32AndLeaveSlack) {
+    for (int n : {0, 1, 3, 31, 32, 33, 1000, 4097}) {
+        void* blocks[] = {zanMalloc(n), zanwMalloc(n), zaniMalloc(n), zandMalloc(n)};
+        size_t sizes[] = {size_t(n), size_t(n) * 2, size_t(n) * 4, size_t(n) * 8};
+        for (int i = 0; i < 4; ++i) {
+            ASSERT_NE(blocks[i], nullptr);
+            EXPECT_EQ(reinterpret_cast<uintptr_t>(blocks[i]) % 32, 0u);
+            std::memset(blocks[i], 0xA5, sizes[i] + 24);  // the slack kernels may read is really there
+            zanFree(blocks[i]);
+        }
+    }
+    EXPECT_EQ(zanMalloc(-5), nullptr);
+    zanFree(nullptr);
+}
+
+TEST(Services, VersionRecordAndCounter) {
+    const ZanLibVersion* v = zanGetLibVersion();
+    EXPECT_EQ(v, zanGetLibVersion());
+    EXPECT_EQ(v->major * 10000 + v->minor * 1000 + v->build, 21058);
+    EXPECT_STREQ(v->Name, "zanPX.dll");
+    EXPECT_STREQ(v->Version, "2.1");
+    EXPECT_STREQ(v->InternalVersion, "[2.1.058, 02/02/99]");
+    EXPECT_STREQ(v->BuildDate, "Feb  6 1999");
+    EXPECT_STREQ(v->CallConv, "DLL");
+    unsigned long long a = zanGetKorvelCounter(), b = zanGetKorvelCounter();
+    EXPECT_LE(a, b);
+}
