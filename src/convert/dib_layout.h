@@ -48,9 +48,11 @@ inline bool isRle(const ZanBitmapInfoHeader& h) {
 // whatever biSizeImage says, since writers commonly leave it 0. Compressed
 // streams carry no length of their own, so biSizeImage is the only bound the
 // header gives; the decoder never reads past it.
+// Rows too many to count come back as just past kMaxExtent.
 inline int64_t bitsBytes(const ZanBitmapInfoHeader& h) {
     if (isRle(h)) return h.biSizeImage;
-    return stride(h.biWidth, h.biBitCount) * absHeight(h);
+    int64_t s = stride(h.biWidth, h.biBitCount), rows = absHeight(h);
+    return s && rows > kMaxExtent / s ? kMaxExtent + 1 : s * rows;
 }
 
 // Bytes of the whole packed block (header, table, bits), or -1 when that does
@@ -64,7 +66,7 @@ inline int64_t packedExtent(const ZanBitmapInfoHeader& h) {
 // end-of-line per row and the end-of-bitmap.
 inline int64_t rleCapacity(int64_t width, int64_t height) {
     if (width <= 0 || height <= 0) return 2;
-    return height * (2 * width + 2) + 2;
+    return height > kMaxExtent / (2 * width + 2) ? kMaxExtent + 1 : height * (2 * width + 2) + 2;
 }
 
 }  // namespace dib

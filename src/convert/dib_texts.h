@@ -6,7 +6,7 @@ namespace zan {
 namespace dib {
 
 struct Texts {
-    const char *null, *size, *planes, *compression, *rle8, *rle4, *rleHeight, *bitCount;
+    const char *null, *size, *planes, *compression, *rle8, *rle4, *rleHeight, *bitCount, *sizeMatch;
 };
 
 #define ZAN_DIB_TEXTS(D)                                                                                      \
@@ -17,7 +17,8 @@ struct Texts {
             "(" D "->biBitCount != 8) && (" D "->biCompression == 1)",                                        \
             "(" D "->biBitCount != 4) && (" D "->biCompression == 2)",                                        \
             "(" D "->biHeight < 0) && ( (" D "->biCompression == 1) || (" D "->biCompression == 2) )",         \
-            D "->biBitCount is bad"                                                                           \
+            D "->biBitCount is bad",                                                                          \
+            "(image->width != " D "->biWidth || image->height != abs(" D "->biHeight))"                      \
     }
 
 inline const Texts kPacked = ZAN_DIB_TEXTS("dib");
