@@ -1,0 +1,629 @@
+#include <cstring>
+#include <dirent.h>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "../tools/zanpx/bmpfile.h"
+#include "convert/dib_layout.h"
+#include "test_support.h"
+
+using zantest::Image;
+
+namespace {
+
+// A packed DIB built in memory.
+struct Dib {
+    std::vector<uint32_t> words;
+    Dib(int w, int h, int bpp, int compression, const std::vector<uint32_t>& table, int64_t bitsBytes = -1) {
+        ZanBitmapInfoHeader hd{};
+        hd.biSize = 40;
+        hd.biWidth = w;
+        hd.biHeight = h;
+        hd.biPlanes = 1;
+        hd.biBitCount = uint16_t(bpp);
+        hd.biCompression = uint32_t(compression);
+        hd.biClrUsed = bpp <= 8 ? uint32_t(table.size()) : 0;
+        if (bitsBytes < 0) bitsBytes = zan::dib::stride(w, bpp) * std::abs(h);
+        hd.biSizeImage = uint32_t(bitsBytes);
+        words.assign(10 + table.size() + size_t(bitsBytes + 3) / 4, 0);
+        std::memcpy(words.data(), &hd, 40);
+        // Table entries are 0xRRGGBB colours (stored blue, green, red, 0) or masks.
+        for (size_t i = 0; i < table.size(); ++i) words[10 + i] = table[i];
+    }
+    ZanBitmapInfoHeader* h() { return reinterpret_cast<ZanBitmapInfoHeader*>(words.data()); }
+    uint8_t* bits() { return reinterpret_cast<uint8_t*>(words.data()) + zan::dib::bitsOffset(*h()); }
+    uint8_t* storedRow(int y) {  // image row y, wherever the DIB keeps it
+        int64_t rows = zan::dib::absHeight(*h());
+        return bits() + zan::dib::stride(h()->biWidth, h()->biBitCount) * (h()->biHeight > 0 ? rows - 1 - y : y);
+    }
+};
+
+void setModel(ZanImage* im, const char* model, const char* seq) {
+    std::memset(im->colorModel, 0, 4);
+    std::memset(im->channelSeq, 0, 4);
+    std::memcpy(im->colorModel, model, std::strlen(model));
+    std::memcpy(im->channelSeq, seq, std::strlen(seq));
+}
+
+Image colour(int w, int h, int nCh = 3, int depth = ZAN_DEPTH_8U, int order = 0) {
+    Image im(nCh, depth, w, h, order, 4, nCh == 4 ? 4 : 0);
+    setModel(im, nCh == 4 ? "RGBA" : "RGB", nCh == 4 ? "BGRA" : "BGR");
+    return im;
+}
+Image gray(int w, int h, int depth = ZAN_DEPTH_8U) {
+    Image im(1, depth, w, h);
+    setModel(im, "GRAY", "G");
+    return im;
+}
+
+// Sample of an 8U image (any order), or the bit of a 1U one.
+int at(const ZanImage* im, int x, int y, int c = 0) {
+    const auto* base = reinterpret_cast<const uint8_t*>(im->imageData);
+    if (im->depth == ZAN_DEPTH_1U) return (base[y * im->widthStep + x / 8] >> (7 - x % 8)) & 1;
+    if (im->dataOrder == 1) return base[(size_t(c) * im->height + y) * im->widthStep + x];
+    return base[size_t(y) * im->widthStep + size_t(x) * im->nChannels + c];
+}
+
+void fillRandom(const Image& im, std::mt19937& rng, int levels = 256) {
+    for (int i = 0; i < im->imageSize; ++i) im->imageData[i] = char(rng() % levels);
+}
+
+bool samePixels(const Image& a, const Image& b) {
+    for (int y = 0; y < a->height; ++y)
+        for (int x = 0; x < a->width; ++x)
+            for (int c = 0; c < a->nChannels; ++c)
+                if (at(a, x, y, c) != at(b, x, y, c)) return false;
+    return true;
+}
+
+class DibTest : public zantest::ZanTest {
+protected:
+    void expectReport(ZanStatus status, const char* func, const char* context, const char* file = "zanDIB") {
+        ASSERT_FALSE(log.empty()) << context;
+        EXPECT_EQ(log.last().status, status);
+        EXPECT_EQ(log.last().func, func);
+        EXPECT_EQ(log.last().context, context);
+        EXPECT_EQ(log.last().file, file);
+        log.clear();
+        zanSetErrStatus(ZAN_StsOk);
+    }
+};
+
+const std::vector<uint32_t> kBlackWhite{0x000000, 0xFFFFFF};
+
+std::vector<uint32_t> grayRamp(int n) {
+    std::vector<uint32_t> t;
+    for (int i = 0; i < n; ++i) t.push_back(uint32_t(i * 255 / (n - 1)) * 0x010101u);
+    return t;
+}
+
+TEST_F(DibTest, TranslateChecksInOrder) {
+    int clone = 0;
+    EXPECT_EQ(zanTranslateDIB(nullptr, &clone), nullptr);
+    expectReport(-5, "zanTranslateDIB", "( dib == ((void *)0) )");
+    Dib d(4, 4, 24, 0, {});
+    EXPECT_EQ(zanTranslateDIB(d.h(), nullptr), nullptr);
+    expectReport(-5, "zanTranslateDIB", "( cloneData == ((void *)0) )");
+    struct Case {
+        void (*bend)(ZanBitmapInfoHeader*);
+        const char* text;
+    } cases[] = {
+        {[](ZanBitmapInfoHeader* h) { h->biSize = 108; }, "( dib->biSize != sizeof(BITMAPINFOHEADER) )"},
+        {[](ZanBitmapInfoHeader* h) { h->biPlanes = 2; }, "(dib->biPlanes != 1)"},
+        {[](ZanBitmapInfoHeader* h) { h->biCompression = 4; },
+         "(dib->biCompression != 0) && (dib->biCompression != 1) && (dib->biCompression != 2) && "
+         "(dib->biCompression != 3)"},
+        {[](ZanBitmapInfoHeader* h) { h->biCompression = 1; }, "(dib->biBitCount != 8) && (dib->biCompression == 1)"},
+        {[](ZanBitmapInfoHeader* h) { h->biCompression = 2; }, "(dib->biBitCount != 4) && (dib->biCompression == 2)"},
+        {[](ZanBitmapInfoHeader* h) { h->biBitCount = 8; h->biCompression = 1; h->biHeight = -4; },
+         "(dib->biHeight < 0) && ( (dib->biCompression == 1) || (dib->biCompression == 2) )"},
+        {[](ZanBitmapInfoHeader* h) { h->biBitCount = 2; }, "dib->biBitCount is bad"},
+    };
+    for (const Case& c : cases) {
+        Dib bent(4, 4, 24, 0, {});
+        c.bend(bent.h());
+        EXPECT_EQ(zanTranslateDIB(bent.h(), &clone), nullptr);
+        expectReport(-5, "zanTranslateDIB", c.text);
+    }
+}
+
+TEST_F(DibTest, TranslateTable) {
+    struct Case {
+        int bpp, compression;
+        std::vector<uint32_t> table;
+        int clone, nChannels, depth;
+        const char* seq;
+    } cases[] = {
+        {1, 0, kBlackWhite, 0, 1, ZAN_DEPTH_1U, "G"},
+        {1, 0, {0xFFFFFF, 0x000000}, 1, 3, ZAN_DEPTH_8U, "BGR"},
+        {1, 0, {0x000000}, 1, 3, ZAN_DEPTH_8U, "BGR"},  // one entry is no ramp
+        {4, 0, grayRamp(16), 1, 1, ZAN_DEPTH_8U, "G"},
+        {4, 0, {0x112233, 0x445566}, 1, 3, ZAN_DEPTH_8U, "BGR"},
+        {8, 0, grayRamp(256), 0, 1, ZAN_DEPTH_8U, "G"},
+        {8, 1, grayRamp(256), 1, 1, ZAN_DEPTH_8U, "G"},
+        {8, 0, {0x102030}, 1, 3, ZAN_DEPTH_8U, "BGR"},
+        {16, 0, {}, 1, 3, ZAN_DEPTH_8U, "BGR"},
+        {24, 0, {}, 0, 3, ZAN_DEPTH_8U, "BGR"},
+        {32, 0, {}, 0, 4, ZAN_DEPTH_8U, "BGRA"},
+        {32, 3, {0xFF0000, 0xFF00, 0xFF}, 1, 4, ZAN_DEPTH_8U, "BGRA"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.bpp * 10 + c.compression);
+        int bytes = c.compression == 1 ? 2 + 5 * 4 : -1;
+        Dib d(5, 4, c.bpp, c.compression, c.table, bytes);
+        if (c.compression == 1) {  // four rows of five zeros
+            uint8_t* b = d.bits();
+            for (int r = 0; r < 4; ++r, b += 4) b[0] = 5, b[1] = 0, b[2] = 0, b[3] = 0;
+            b[0] = 0, b[1] = 1;
+            d.h()->biSizeImage = 18;
+        }
+        int clone = -1;
+        ZanImage* im = zanTranslateDIB(d.h(), &clone);
+        ASSERT_NE(im, nullptr);
+        EXPECT_TRUE(log.empty());
+        EXPECT_EQ(clone, c.clone);
+        EXPECT_EQ(im->nChannels, c.nChannels);
+        EXPECT_EQ(im->alphaChannel, c.bpp == 32 ? 4 : 0);
+        EXPECT_EQ(im->depth, c.depth);
+        EXPECT_EQ(std::string(im->channelSeq, strnlen(im->channelSeq, 4)), c.seq);
+        EXPECT_EQ(im->origin, ZAN_ORIGIN_BL);
+        // Copied pixels go plane-ordered and 32-byte aligned; shared ones stay as the DIB has them.
+        EXPECT_EQ(im->dataOrder, c.clone);
+        EXPECT_EQ(im->align, c.clone ? 32 : 4);
+        if (!c.clone) {
+            EXPECT_EQ(im->imageData, reinterpret_cast<char*>(d.bits()));
+            EXPECT_EQ(im->widthStep, zan::dib::stride(5, c.bpp));
+            EXPECT_EQ(im->imageSize, 4 * im->widthStep);
+        }
+        zanDeallocate(im, c.clone ? ZAN_IMAGE_ALL : ZAN_IMAGE_HEADER);
+    }
+    Dib top(3, -2, 24, 0, {});
+    int clone = -1;
+    ZanImage* im = zanTranslateDIB(top.h(), &clone);
+    ASSERT_NE(im, nullptr);
+    EXPECT_EQ(im->origin, ZAN_ORIGIN_TL);
+    zanDeallocate(im, ZAN_IMAGE_HEADER);
+}
+
+TEST_F(DibTest, FromDibChecksInOrder) {
+    Image im = colour(4, 4);
+    Dib d(4, 4, 24, 0, {});
+    zanConvertFromDIB(nullptr, im);
+    expectReport(-5, "zanConvertFromDIB", "dib==0");
+    zanConvertFromDIB(d.h(), nullptr);
+    expectReport(-5, "zanConvertFromDIB", "image==0");
+    // A pending error stops the call before anything else.
+    zanSetErrStatus(-3);
+    im->alphaChannel = -1;
+    zanConvertFromDIB(d.h(), im);
+    EXPECT_TRUE(log.empty());
+    zanSetErrStatus(ZAN_StsOk);
+    im->alphaChannel = 0;
+    struct Case {
+        void (*bend)(ZanImage*, ZanBitmapInfoHeader*);
+        ZanStatus status;
+        const char* text;
+    } cases[] = {
+        {[](ZanImage* i, ZanBitmapInfoHeader*) { i->alphaChannel = -1; }, -5, "( image->alphaChannel < 0 )"},
+        {[](ZanImage* i, ZanBitmapInfoHeader*) { i->alphaChannel = 5; }, -5, "( image->nChannels < image->alphaChannel )"},
+        {[](ZanImage* i, ZanBitmapInfoHeader*) { i->dataOrder = 2; }, -5, "( (image->dataOrder != 0) && (image->dataOrder != 1) )"},
+        {[](ZanImage* i, ZanBitmapInfoHeader*) { i->origin = 2; }, -5, "( (image->origin != 0) && (image->origin != 1) )"},
+        {[](ZanImage* i, ZanBitmapInfoHeader*) { i->align = 2; }, -5,
+         "( (image->align != 4) && (image->align != 8) && (image->align != 16) && (image->align != 32) )"},
+        {[](ZanImage* i, ZanBitmapInfoHeader*) { i->height = 0; }, -5, "(image->height <= 0)"},
+        {[](ZanImage* i, ZanBitmapInfoHeader*) { i->width = 0; }, -5, "(image->width <= 0)"},
+        {[](ZanImage* i, ZanBitmapInfoHeader*) { i->imageSize = 0; }, -5, "(image->imageSize <= 0)"},
+        {[](ZanImage* i, ZanBitmapInfoHeader*) { i->widthStep = 0; }, -5, "(image->widthStep <= 0)"},
+        {[](ZanImage*, ZanBitmapInfoHeader* h) { h->biSize = 12; }, -5, "(dib->biSize != sizeof(BITMAPINFOHEADER))"},
+        {[](ZanImage*, ZanBitmapInfoHeader* h) { h->biPlanes = 0; }, -5, "(dib->biPlanes != 1)"},
+        {[](ZanImage*, ZanBitmapInfoHeader* h) { h->biCompression = 2; }, -5,
+         "(dib->biBitCount != 4) && (dib->biCompression == 2)"},
+        {[](ZanImage*, ZanBitmapInfoHeader* h) { h->biWidth = 5; }, -10, "Image size is too small"},
+        {[](ZanImage*, ZanBitmapInfoHeader* h) { h->biHeight = -5; }, -10, "Image size is too small"},
+        {[](ZanImage*, ZanBitmapInfoHeader* h) { h->biBitCount = 2; }, -5, "dib->biBitCount is bad"},
+        {[](ZanImage* i, ZanBitmapInfoHeader*) { setModel(i, "HSV", "HSV"); }, -14, "image->channelSeq unsupport"},
+        {[](ZanImage* i, ZanBitmapInfoHeader*) { i->widthStep = 4; }, -13, "Incorrect Image"},
+    };
+    for (const Case& c : cases) {
+        Image dst = colour(4, 4);
+        Dib bent(4, 4, 24, 0, {});
+        c.bend(dst, bent.h());
+        zanConvertFromDIB(bent.h(), dst);
+        expectReport(c.status, "zanConvertFromDIB", c.text);
+    }
+    // The separate form names its header dibHeader and reports from its own module.
+    Dib bent(4, 4, 24, 0, {});
+    bent.h()->biPlanes = 3;
+    zanConvertFromDIBSep(bent.h(), reinterpret_cast<char*>(bent.bits()), im);
+    expectReport(-5, "zanConvertFromDIBSep", "(dibHeader->biPlanes != 1)", "zanDIBSp");
+    zanConvertFromDIBSep(nullptr, nullptr, im);
+    expectReport(-5, "zanConvertFromDIBSep", "dibHeader==0", "zanDIBSp");
+}
+
+// One DIB of every reader, all describing the same 3 x 2 picture.
+TEST_F(DibTest, ReadersGiveTheSamePicture) {
+    const uint32_t pic[2][3] = {{0xFF0000, 0x00FF00, 0x0000FF}, {0xFFFFFF, 0x000000, 0xFF00FF}};
+    const std::vector<uint32_t> pal{0x000000, 0xFF0000, 0x00FF00, 0x0000FF, 0xFFFFFF, 0xFF00FF};
+    const int idx[2][3] = {{1, 2, 3}, {4, 0, 5}};
+    for (int bpp : {4, 8, 16, 24, 32}) {
+        for (int height : {2, -2}) {
+            SCOPED_TRACE(bpp * height);
+            Dib d(3, height, bpp, bpp == 16 ? 3 : 0, bpp <= 8 ? pal : bpp == 16 ? std::vector<uint32_t>{0xF800, 0x07E0, 0x1F} : std::vector<uint32_t>{});
+            for (int y = 0; y < 2; ++y)
+                for (int x = 0; x < 3; ++x) {
+                    uint8_t* row = d.storedRow(y);
+                    uint32_t c = pic[y][x];
+                    uint8_t r = uint8_t(c >> 16), g = uint8_t(c >> 8), b = uint8_t(c);
+                    if (bpp == 4) row[x / 2] |= uint8_t(idx[y][x] << (x % 2 ? 0 : 4));
+                    if (bpp == 8) row[x] = uint8_t(idx[y][x]);
+                    if (bpp == 16) {
+                        uint16_t w = uint16_t((r >> 3) << 11 | (g >> 2) << 5 | b >> 3);
+                        std::memcpy(row + 2 * x, &w, 2);
+                    }
+                    if (bpp == 24) row[3 * x] = b, row[3 * x + 1] = g, row[3 * x + 2] = r;
+                    if (bpp == 32) row[4 * x] = b, row[4 * x + 1] = g, row[4 * x + 2] = r, row[4 * x + 3] = 0x7F;
+                }
+            Image rgb = colour(3, 2);
+            setModel(rgb, "RGB", "RGB");
+            zanConvertFromDIB(d.h(), rgb);
+            Image bgr = colour(3, 2, 3, ZAN_DEPTH_8U, ZAN_DATA_ORDER_PLANE);
+            zanConvertFromDIB(d.h(), bgr);
+            EXPECT_TRUE(log.empty());
+            for (int y = 0; y < 2; ++y)
+                for (int x = 0; x < 3; ++x)
+                    for (int c = 0; c < 3; ++c) {
+                        int v = (pic[y][x] >> (16 - 8 * c)) & 0xFF;
+                        if (bpp == 16 && v) v = c == 1 ? 252 : 248;  // shifted, not replicated
+                        EXPECT_EQ(at(rgb, x, y, c), v) << x << "," << y << "," << c;
+                        EXPECT_EQ(at(bgr, x, y, 2 - c), v) << x << "," << y << "," << c;
+                    }
+        }
+    }
+}
+
+TEST_F(DibTest, FieldsAndAlpha) {
+    // 5-5-5 by default: a field of 31 reads as 248.
+    Dib d16(1, 1, 16, 0, {});
+    uint16_t w = 0x7FFF;
+    std::memcpy(d16.bits(), &w, 2);
+    Image im = colour(1, 1);
+    zanConvertFromDIB(d16.h(), im);
+    EXPECT_EQ(at(im, 0, 0, 0), 248);
+    // 32-bit bit fields: alpha is every bit above the colour masks.
+    Dib d32(1, 1, 32, 3, {0x3FF00000, 0xFFC00, 0x3FF});
+    uint32_t px = 0xC0000000u | 0x3FFu << 20 | 0x200u << 10 | 0x001;
+    std::memcpy(d32.bits(), &px, 4);
+    Image rgba = colour(1, 1, 4);
+    zanConvertFromDIB(d32.h(), rgba);
+    EXPECT_TRUE(log.empty());
+    EXPECT_EQ(at(rgba, 0, 0, 0), 0);     // blue 1 of 10 bits
+    EXPECT_EQ(at(rgba, 0, 0, 1), 128);   // green 0x200 of 10 bits
+    EXPECT_EQ(at(rgba, 0, 0, 2), 255);   // red
+    EXPECT_EQ(at(rgba, 0, 0, 3), 192);   // alpha: 2 bits, 3 -> 192
+}
+
+TEST_F(DibTest, WritersByDestinationFormat) {
+    Dib d(2, 1, 24, 0, {});
+    const uint8_t px[6] = {10, 200, 100, 0, 0, 128};  // BGR, BGR
+    std::memcpy(d.bits(), px, 6);
+    Image g8 = gray(2, 1);
+    zanConvertFromDIB(d.h(), g8);
+    EXPECT_EQ(at(g8, 0, 0), (77 * 100 + 151 * 200 + 28 * 10) >> 8);
+    EXPECT_EQ(at(g8, 1, 0), (77 * 128) >> 8);
+    Image g1 = gray(2, 1, ZAN_DEPTH_1U);
+    zanConvertFromDIB(d.h(), g1);
+    EXPECT_EQ(at(g1, 0, 0), 1);  // gray 158 >= 128
+    EXPECT_EQ(at(g1, 1, 0), 0);  // gray 38
+    Image c16 = colour(2, 1, 3, ZAN_DEPTH_16U);
+    zanConvertFromDIB(d.h(), c16);
+    uint16_t s[3];
+    std::memcpy(s, c16->imageData, 6);
+    EXPECT_EQ(s[0], 10 * 256);
+    EXPECT_EQ(s[2], 100 * 256);
+    EXPECT_TRUE(log.empty());
+}
+
+TEST_F(DibTest, DestinationSize) {
+    Dib d(2, 2, 8, 0, grayRamp(256));
+    std::memset(d.bits(), 7, 8);
+    Image big = gray(4, 3);
+    std::memset(big->imageData, 99, size_t(big->imageSize));
+    zanConvertFromDIB(d.h(), big);
+    for (int y = 0; y < 3; ++y)
+        for (int x = 0; x < 4; ++x) EXPECT_EQ(at(big, x, y), x < 2 && y < 2 ? 7 : 99);
+    Image small = gray(1, 2);
+    zanConvertFromDIB(d.h(), small);
+    expectReport(-10, "zanConvertFromDIB", "Image size is too small");
+    // Indices past a short table read as black, never past the table.
+    Dib shortTable(2, 1, 8, 0, {0xFFFFFF});
+    shortTable.bits()[0] = 0;
+    shortTable.bits()[1] = 200;
+    Image g = gray(2, 1);
+    zanConvertFromDIB(shortTable.h(), g);
+    EXPECT_EQ(at(g, 0, 0), 255);
+    EXPECT_EQ(at(g, 1, 0), 0);
+}
+
+TEST_F(DibTest, ToDibChecksInOrder) {
+    Image im = colour(4, 4);
+    Dib d(4, 4, 24, 0, {});
+    zanConvertToDIB(nullptr, d.h(), 1, 0);
+    expectReport(-9, "zanConvertToDIB", "Incorrect Image");
+    zanConvertToDIB(im, nullptr, 1, 0);
+    expectReport(-5, "zanConvertToDIB", "dib==0");
+    struct Case {
+        void (*bend)(ZanBitmapInfoHeader*);
+        int dither, pal;
+        const char* text;
+    } cases[] = {
+        {[](ZanBitmapInfoHeader* h) { h->biWidth = 3; }, 1, 0,
+         "(image->width != dib->biWidth || image->height != abs(dib->biHeight))"},
+        {[](ZanBitmapInfoHeader* h) { h->biSize = 0; }, 1, 0, "(dib->biSize != sizeof(BITMAPINFOHEADER))"},
+        {[](ZanBitmapInfoHeader* h) { h->biCompression = 1; }, 1, 0, "(dib->biBitCount != 8) && (dib->biCompression == 1)"},
+        {[](ZanBitmapInfoHeader* h) { h->biBitCount = 4; h->biCompression = 2; h->biHeight = -4; }, 1, 0,
+         "(dib->biHeight < 0) && ( (dib->biCompression == 1) || (dib->biCompression == 2) )"},
+        {[](ZanBitmapInfoHeader*) {}, 3, 0, "(dither != 1 && dither != 2 && dither != 4 && dither != 8 && dither != 16)"},
+        {[](ZanBitmapInfoHeader*) {}, 1, 3, "(paletteConversion != 0 && paletteConversion != 1 && paletteConversion != 2)"},
+        {[](ZanBitmapInfoHeader* h) { h->biBitCount = 2; }, 1, 0, "dib->biBitCount is bad"},
+        {[](ZanBitmapInfoHeader* h) { h->biBitCount = 2; }, 2, 0, "Parameter biBitCount of DIB-image have illegal value"},
+        {[](ZanBitmapInfoHeader* h) { h->biBitCount = 8; h->biClrUsed = 16; }, 1, 1, "Palette conversion is bad"},
+    };
+    for (const Case& c : cases) {
+        Dib bent(4, 4, 24, 0, {}, 4 * 4 * 4 + 1024);
+        c.bend(bent.h());
+        zanConvertToDIB(im, bent.h(), c.dither, c.pal);
+        expectReport(-5, "zanConvertToDIB", c.text);
+    }
+    Image three = colour(4, 4);
+    three->alphaChannel = 3;
+    zanConvertToDIB(three, d.h(), 1, 0);
+    expectReport(-5, "zanConvertToDIB", "(image->alphaChannel != 0 && image->alphaChannel != 4)");
+    setModel(im, "HSV", "HSV");
+    zanConvertToDIB(im, d.h(), 1, 0);
+    expectReport(-14, "zanConvertToDIB", "image->channelSeq unsupport");
+    zanConvertToDIB(im, d.h(), 2, 0);
+    expectReport(-3, "zanConvertToDIB", "Dithering can't be produced");
+    zanConvertToDIBSep(colour(3, 4), d.h(), reinterpret_cast<char*>(d.bits()), 1, 0);
+    expectReport(-5, "zanConvertToDIBSep", "(image->width != dibHeader->biWidth || image->height != abs(dibHeader->biHeight))",
+                 "zanDIBSp");
+}
+
+TEST_F(DibTest, FixedPalettes) {
+    auto tableOf = [](Dib& d, int i) { return d.words[10 + size_t(i)]; };
+    Image c = colour(2, 2);
+    Image g = gray(2, 2);
+    Dib d8(2, 2, 8, 0, std::vector<uint32_t>(256));
+    zanConvertToDIB(c, d8.h(), 1, 1);
+    EXPECT_EQ(tableOf(d8, 32 * 7 + 4 * 7 + 3), 0xFFFFFFu);  // the top level is 255, not 224
+    EXPECT_EQ(tableOf(d8, 32 * 1 + 4 * 2 + 1), 0x204040u);
+    zanConvertToDIB(g, d8.h(), 1, 1);
+    EXPECT_EQ(tableOf(d8, 77), 0x4D4D4Du);
+    Dib d4(2, 2, 4, 0, std::vector<uint32_t>(16));
+    zanConvertToDIB(c, d4.h(), 1, 1);
+    EXPECT_EQ(tableOf(d4, 8), 0xC0C0C0u);
+    EXPECT_EQ(tableOf(d4, 9), 0xFF0000u);
+    zanConvertToDIB(g, d4.h(), 1, 1);
+    EXPECT_EQ(tableOf(d4, 1), 0x111111u);
+    Dib d1(2, 2, 1, 0, std::vector<uint32_t>(2, 0x123456));
+    zanConvertToDIB(g, d1.h(), 1, 1);
+    EXPECT_EQ(tableOf(d1, 0), 0u);
+    EXPECT_EQ(tableOf(d1, 1), 0xFFFFFFu);
+    EXPECT_TRUE(log.empty());
+}
+
+// Image -> DIB -> image is exact wherever the DIB can hold the pixels.
+TEST_F(DibTest, RoundTrips) {
+    std::mt19937 rng(5);
+    struct Case {
+        int bpp, compression, pal, nCh, levels, height;
+    } cases[] = {
+        {24, 0, 0, 3, 256, 7}, {24, 0, 0, 3, 256, -7}, {32, 0, 0, 4, 256, 7}, {32, 3, 0, 3, 256, -7},
+        {8, 0, 1, 1, 256, 7},  {8, 1, 1, 1, 256, 7},   {8, 1, 2, 3, 6, 7},    {8, 0, 2, 3, 6, -7},
+        {4, 2, 2, 3, 2, 7},    {4, 0, 2, 3, 2, 7},     {4, 2, 2, 1, 16, 7},   {1, 0, 1, 1, 2, 7},
+    };
+    for (const Case& c : cases) {
+        for (int width : {1, 2, 3, 13, 64}) {
+            SCOPED_TRACE(std::to_string(c.bpp) + "/" + std::to_string(c.compression) + " w" + std::to_string(width));
+            Image src = c.bpp == 1 ? gray(width, 7, ZAN_DEPTH_1U) : c.nCh == 1 ? gray(width, 7) : colour(width, 7, c.nCh);
+            fillRandom(src, rng, c.bpp == 1 ? 256 : c.levels);
+            if (c.levels == 2 && c.bpp != 1)  // two values per channel: eight colours
+                for (int i = 0; i < src->imageSize; ++i) src->imageData[i] = char(src->imageData[i] ? 255 : 0);
+            if (c.levels == 16)
+                for (int i = 0; i < src->imageSize; ++i) src->imageData[i] = char(src->imageData[i] * 17);
+            // Long runs too, so that the RLE encoder uses both kinds of block.
+            if (c.bpp != 1) std::memset(src.row(3), src.row(3)[0], size_t(width / 2));
+            std::vector<uint32_t> table(c.bpp <= 8 ? size_t(1) << c.bpp : 0);
+            if (c.bpp == 32 && c.compression == 3) table = {0xFF0000, 0xFF00, 0xFF};
+            bool rle = c.compression == 1 || c.compression == 2;
+            Dib d(width, c.height, c.bpp, c.compression, table,
+                  rle ? zan::dib::rleCapacity(width, 7) : -1);
+            if (rle) d.h()->biSizeImage = 0;
+            zanConvertToDIB(src, d.h(), 1, c.pal);
+            ASSERT_TRUE(log.empty()) << log.last().context;
+            Image back = c.nCh == 1 && c.bpp != 1 ? gray(width, 7)
+                         : c.bpp == 1            ? gray(width, 7, ZAN_DEPTH_1U)
+                                                 : colour(width, 7, c.nCh, ZAN_DEPTH_8U, ZAN_DATA_ORDER_PLANE);
+            zanConvertFromDIB(d.h(), back);
+            ASSERT_TRUE(log.empty()) << log.last().context;
+            EXPECT_TRUE(samePixels(src, back));
+        }
+    }
+}
+
+TEST_F(DibTest, SixteenBitKeepsTopBits) {
+    std::mt19937 rng(9);
+    Image src = colour(9, 5);
+    fillRandom(src, rng);
+    Dib d(9, 5, 16, 0, {});
+    zanConvertToDIB(src, d.h(), 1, 0);
+    Image back = colour(9, 5);
+    zanConvertFromDIB(d.h(), back);
+    for (int y = 0; y < 5; ++y)
+        for (int x = 0; x < 9; ++x)
+            for (int c = 0; c < 3; ++c) EXPECT_EQ(at(back, x, y, c), at(src, x, y, c) & 0xF8);
+}
+
+TEST_F(DibTest, MedianCutPaletteStaysClose) {
+    std::mt19937 rng(3);
+    Image src = colour(32, 32);
+    fillRandom(src, rng);  // far more colours than the table holds
+    Dib d(32, 32, 4, 0, std::vector<uint32_t>(16));
+    zanConvertToDIB(src, d.h(), 1, 2);
+    Image back = colour(32, 32);
+    zanConvertFromDIB(d.h(), back);
+    EXPECT_TRUE(log.empty());
+    double err = 0;
+    for (int i = 0; i < src->imageSize; ++i)
+        err += std::abs(int(uint8_t(src->imageData[i])) - int(uint8_t(back->imageData[i])));
+    EXPECT_LT(err / src->imageSize, 50.0);  // random colours average 85 apart
+}
+
+TEST_F(DibTest, DitheredOutput) {
+    Image g = gray(16, 4);
+    for (int i = 0; i < g->imageSize; ++i) g->imageData[i] = char(i * 7);
+    Dib d(16, 4, 1, 0, kBlackWhite);
+    zanConvertToDIB(g, d.h(), 2, 0);
+    ASSERT_TRUE(log.empty()) << log.last().context;
+    Image back = gray(16, 4);
+    zanConvertFromDIB(d.h(), back);
+    for (int i = 0; i < back->imageSize; ++i) EXPECT_TRUE(back->imageData[i] == 0 || back->imageData[i] == char(255));
+}
+
+TEST_F(DibTest, RleOutputNeedsRoom) {
+    Image g = gray(8, 2);
+    for (int i = 0; i < g->imageSize; ++i) g->imageData[i] = char(i * 31);
+    Dib d(8, 2, 8, 1, grayRamp(256), 64);
+    d.h()->biSizeImage = 10;  // less than the stream needs
+    std::vector<uint32_t> before = d.words;
+    zanConvertToDIB(g, d.h(), 1, 1);
+    expectReport(-5, "zanConvertToDIB", "Not enough room for the compressed DIB (biSizeImage)");
+    EXPECT_EQ(d.words, before);
+}
+
+std::vector<uint8_t> readFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::vector<uint8_t>((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+}
+
+// Binary PPM: width, height, then RGB rows top first.
+bool readPpm(const std::string& path, int& w, int& h, std::vector<uint8_t>& rgb) {
+    std::vector<uint8_t> f = readFile(path);
+    std::string text(f.begin(), f.begin() + std::min<size_t>(f.size(), 64));
+    int maxv = 0, used = 0;
+    if (std::sscanf(text.c_str(), "P6 %d %d %d%n", &w, &h, &maxv, &used) != 3) return false;
+    rgb.assign(f.begin() + used + 1, f.end());
+    return rgb.size() == size_t(w) * h * 3;
+}
+
+std::vector<std::string> corpusFiles(const std::string& dir) {
+    std::vector<std::string> names;
+    if (DIR* d = opendir(dir.c_str())) {
+        while (dirent* e = readdir(d)) {
+            std::string n = e->d_name;
+            if (n.size() > 4 && n.substr(n.size() - 4) == ".bmp") names.push_back(n.substr(0, n.size() - 4));
+        }
+        closedir(d);
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+// Every real file: 40-byte headers decode to the reference; others are refused
+// as they stand and read through the file helper.
+TEST_F(DibTest, RealFiles) {
+    const std::string root = std::string(ZANPX_TESTDATA) + "/bmpsuite/";
+    std::vector<std::string> names = corpusFiles(root + "g");
+    if (names.empty()) GTEST_SKIP() << "no test data in " << root;
+    int decoded = 0;
+    for (const std::string& name : names) {
+        SCOPED_TRACE(name);
+        std::vector<uint8_t> file = readFile(root + "g/" + name + ".bmp");
+        ASSERT_GT(file.size(), 54u);
+        uint32_t infoSize;
+        std::memcpy(&infoSize, &file[14], 4);
+        zanpx::Dib dib;
+        std::string error;
+        ASSERT_TRUE(zanpx::parseBmp(file.data(), file.size(), dib, error)) << error;
+        if (infoSize != 40) {
+            std::vector<uint32_t> raw((file.size() - 14 + 3) / 4 + 10);
+            std::memcpy(raw.data(), &file[14], file.size() - 14);
+            int clone;
+            EXPECT_EQ(zanTranslateDIB(reinterpret_cast<ZanBitmapInfoHeader*>(raw.data()), &clone), nullptr);
+            expectReport(-5, "zanTranslateDIB", "( dib->biSize != sizeof(BITMAPINFOHEADER) )");
+        }
+        int w, h;
+        std::vector<uint8_t> ref;
+        ASSERT_TRUE(readPpm(root + "ref/" + name + ".ppm", w, h, ref));
+        const ZanBitmapInfoHeader* hd = dib.header();
+        if (hd->biSize != 40) continue;  // a core header: nothing more to read
+        Image im = colour(w, h);
+        setModel(im, "RGB", "RGB");
+        zanConvertFromDIB(dib.header(), im);
+        ASSERT_TRUE(log.empty()) << log.last().context;
+        // 16-bit fields scale by a shift where the reference replicates bits: compare their top bits.
+        int keep[3] = {8, 8, 8};
+        if (hd->biBitCount == 16) {
+            const uint8_t* t = dib.bytes() + 40;
+            uint32_t m[3] = {0x7C00, 0x3E0, 0x1F};
+            if (hd->biCompression == 3) std::memcpy(m, t, 12);
+            for (int c = 0; c < 3; ++c) keep[c] = std::min(8, __builtin_popcount(m[c]));
+        }
+        for (int y = 0; y < h; ++y)
+            for (int x = 0; x < w; ++x)
+                for (int c = 0; c < 3; ++c) {
+                    int mask = 0xFF & ~((1 << (8 - keep[c])) - 1);
+                    ASSERT_EQ(at(im, x, y, c) & mask, ref[(size_t(y) * w + x) * 3 + c] & mask)
+                        << x << "," << y << "," << c;
+                }
+        // The separate form reads straight from the file, wherever its bits are.
+        if (infoSize == 40) {
+            uint32_t offBits;
+            std::memcpy(&offBits, &file[10], 4);
+            std::vector<uint32_t> head(size_t(offBits) / 4 + 1);
+            std::memcpy(head.data(), &file[14], offBits - 14);
+            Image sep = colour(w, h);
+            setModel(sep, "RGB", "RGB");
+            zanConvertFromDIBSep(reinterpret_cast<ZanBitmapInfoHeader*>(head.data()),
+                                 reinterpret_cast<const char*>(&file[offBits]), sep);
+            EXPECT_TRUE(log.empty());
+            EXPECT_TRUE(samePixels(im, sep));
+        }
+        // Translation gives the same picture, in place or copied.
+        int clone = -1;
+        ZanImage* t = zanTranslateDIB(dib.header(), &clone);
+        ASSERT_NE(t, nullptr);
+        if (infoSize == 40 && t->nChannels >= 3 && t->depth == ZAN_DEPTH_8U) {
+            int top = hd->biHeight > 0 ? h - 1 : 0;  // shared data keeps the DIB's row order
+            int row = clone ? 0 : top;
+            EXPECT_EQ(at(t, 0, row, 2), at(im, 0, 0, 0));
+        }
+        zanDeallocate(t, clone ? ZAN_IMAGE_ALL : ZAN_IMAGE_HEADER);
+        ++decoded;
+    }
+    EXPECT_GE(decoded, 20);
+}
+
+TEST_F(DibTest, BmpFileHelperRoundTrip) {
+    zanpx::Dib d = zanpx::makeDib(5, 3, 8, ZAN_BI_RLE8);
+    ASSERT_FALSE(d.empty());
+    Image g = gray(5, 3);
+    for (int i = 0; i < g->imageSize; ++i) g->imageData[i] = char(i / 3);
+    zanConvertToDIB(g, d.header(), 1, 1);
+    ASSERT_TRUE(log.empty());
+    std::string path = ::testing::TempDir() + "dib_helper.bmp", error;
+    ASSERT_TRUE(zanpx::writeBmpFile(path, d.header(), error)) << error;
+    zanpx::Dib back;
+    ASSERT_TRUE(zanpx::readBmpFile(path, back, error)) << error;
+    EXPECT_TRUE(back.bitsFollowedTable);
+    Image out = gray(5, 3);
+    zanConvertFromDIB(back.header(), out);
+    EXPECT_TRUE(log.empty());
+    EXPECT_TRUE(samePixels(g, out));
+    std::remove(path.c_str());
+    EXPECT_FALSE(zanpx::readBmpFile(path, back, error));
+}
+
+}  // namespace
