@@ -1,0 +1,132 @@
+// Comparisons of an image with a constant or with a second image into a 1-bit
+// result. Unlike the rest of the library these return their status as well as
+// reporting it, and their header failures carry a leading blank.
+#include <initializer_list>
+
+#include "arith/compare_engine.h"
+#include "core/check.h"
+#include "core/op.h"
+
+namespace zan {
+namespace {
+
+const char kBadImage[] = " Incorrect Image";
+
+// Reports and returns the status to hand back to the caller.
+ZanStatus refuse(const Op& op, ZanStatus reported, const char* text, ZanStatus returned, int line) {
+    fail(op, reported, text, line);
+    return returned;
+}
+#define ZAN_REFUSE(op, reported, text, returned) refuse((op), (reported), (text), (returned), __LINE__)
+
+ZanStatus checkHeader(const Op& op, const ZanImage* im) {
+    if (checkImage(im) >= 0) return ZAN_StsOk;
+    ZanStatus s = zanGetErrStatus();
+    ZAN_FAIL(op, s, kBadImage);
+    return s;
+}
+
+template <class V>
+ZanStatus constantForm(const Op& op, ZanImage* img, V value, ZanImage* res, Relation rel, bool floatForm,
+                       float eps = 0.0f, bool withEps = false) {
+    ZanStatus s = checkHeader(op, img);
+    if (s == ZAN_StsOk) s = checkHeader(op, res);
+    if (s != ZAN_StsOk) return s;
+    if (img == res) return ZAN_REFUSE(op, ZAN_StsBadArg, "(img==res)", ZAN_StsBadArg);
+    // Reported as a bad argument, returned as a bad depth: callers rely on both.
+    if (res->depth != ZAN_DEPTH_1U)
+        return ZAN_REFUSE(op, ZAN_StsBadArg, "(res->depth!=ZAN_DEPTH_1U)", ZAN_StsBadDepth);
+    if (!floatForm && img->depth == ZAN_DEPTH_32F)
+        return ZAN_REFUSE(op, ZAN_StsBadArg, "(img->depth==ZAN_DEPTH_32F)", ZAN_StsBadDepth);
+    if (floatForm && img->depth != ZAN_DEPTH_32F)
+        return ZAN_REFUSE(op, ZAN_StsBadArg, "(img->depth!=ZAN_DEPTH_32F)", ZAN_StsBadDepth);
+    if (withEps && !(eps > 0.0f)) return ZAN_REFUSE(op, ZAN_StsBadArg, "(eps<=0.)", ZAN_StsBadArg);
+    CompareSpec spec{rel, double(value), double(eps)};
+    return compareWithConstant(op, *img, *res, spec);
+}
+
+ZanStatus imageForm(const Op& op, ZanImage* img1, ZanImage* img2, ZanImage* res, Relation rel,
+                    float eps = 0.0f, bool withEps = false) {
+    for (ZanImage* im : {img1, img2, res})
+        if (ZanStatus s = checkHeader(op, im)) return s;
+    if (res->depth != ZAN_DEPTH_1U) return ZAN_REFUSE(op, ZAN_StsBadArg, "(res->depth!=ZAN_DEPTH_1U)", ZAN_StsBadArg);
+    if (img1->depth != img2->depth) return ZAN_REFUSE(op, ZAN_StsBadArg, "(img1->depth!=img2->depth)", ZAN_StsBadArg);
+    if (img1 == res || img2 == res)
+        return ZAN_REFUSE(op, ZAN_StsBadArg, "(img1==res || img2==res)", ZAN_StsBadArg);
+    if (img1->dataOrder != img2->dataOrder)
+        return ZAN_REFUSE(op, ZAN_StsBadArg, "(img1->dataOrder!=img2->dataOrder)", ZAN_StsBadArg);
+    if (img1->origin != img2->origin)
+        return ZAN_REFUSE(op, ZAN_StsBadArg, "(img1->origin!=img2->origin)", ZAN_StsBadArg);
+    if (withEps) {
+        if (img1->depth != ZAN_DEPTH_32F || img2->depth != ZAN_DEPTH_32F)
+            return ZAN_REFUSE(op, ZAN_StsBadArg, "((img1->depth!= ZAN_DEPTH_32F)|| (img2->depth!= ZAN_DEPTH_32F))",
+                              ZAN_StsBadArg);
+        if (!(eps > 0.0f)) return ZAN_REFUSE(op, ZAN_StsBadArg, "(eps<=0.)", ZAN_StsBadArg);
+    }
+    // Channel pairing: a channel of interest compares one channel, else all of
+    // them; both sides must select as many, and alike in their alpha channel.
+    auto count = [](const ZanImage* im) { return im->roi && im->roi->coi ? 1 : im->nChannels; };
+    if (count(img1) != count(img2)) return ZAN_REFUSE(op, ZAN_StsBadNumChannels, "bad channel's number", ZAN_StsBadNumChannels);
+    bool coi = (img1->roi && img1->roi->coi) || (img2->roi && img2->roi->coi);
+    if (!coi && img1->alphaChannel != img2->alphaChannel)
+        return ZAN_REFUSE(op, ZAN_StsBadAlphaChannel, "bad alpha channel's number", ZAN_StsBadAlphaChannel);
+    CompareSpec spec{rel, 0.0, double(eps)};
+    return compareImages(op, *img1, *img2, *res, spec);
+}
+
+const Op kLess{"zanLess", "zanComp"}, kGreater{"zanGreater", "zanComp"}, kEqual{"zanEqual", "zanComp"},
+    kEqualFPEps{"zanEqualFPEps", "zanComp"}, kLessS{"zanLessS", "zanComp"}, kGreaterS{"zanGreaterS", "zanComp"},
+    kEqualS{"zanEqualS", "zanComp"}, kLessSFP{"zanLessSFP", "zanComp"}, kGreaterSFP{"zanGreaterSFP", "zanComp"},
+    kEqualSFP{"zanEqualSFP", "zanComp"}, kEqualSFPEps{"zanEqualSFPEps", "zanComp"};
+
+// Nothing may escape the export: an engine failure becomes a reported status.
+template <class F>
+ZanStatus guardedStatus(const Op& op, F body) noexcept {
+    ZanStatus s = ZAN_StsInternal;
+    guarded(op, [&] { s = body(); });
+    return s;
+}
+
+}  // namespace
+}  // namespace zan
+
+using namespace zan;
+
+ZAN_API ZanStatus ZAN_STDCALL zanLess(ZanImage* img1, ZanImage* img2, ZanImage* res) {
+    return guardedStatus(kLess, [&] { return imageForm(kLess, img1, img2, res, Relation::Less); });
+}
+ZAN_API ZanStatus ZAN_STDCALL zanGreater(ZanImage* img1, ZanImage* img2, ZanImage* res) {
+    return guardedStatus(kGreater, [&] { return imageForm(kGreater, img1, img2, res, Relation::Greater); });
+}
+ZAN_API ZanStatus ZAN_STDCALL zanEqual(ZanImage* img1, ZanImage* img2, ZanImage* res) {
+    return guardedStatus(kEqual, [&] { return imageForm(kEqual, img1, img2, res, Relation::Equal); });
+}
+ZAN_API ZanStatus ZAN_STDCALL zanEqualFPEps(ZanImage* img1, ZanImage* img2, ZanImage* res, float eps) {
+    return guardedStatus(kEqualFPEps,
+                         [&] { return imageForm(kEqualFPEps, img1, img2, res, Relation::Near, eps, true); });
+}
+ZAN_API ZanStatus ZAN_STDCALL zanLessS(ZanImage* img, int value, ZanImage* res) {
+    return guardedStatus(kLessS, [&] { return constantForm(kLessS, img, value, res, Relation::Less, false); });
+}
+ZAN_API ZanStatus ZAN_STDCALL zanGreaterS(ZanImage* img, int value, ZanImage* res) {
+    return guardedStatus(kGreaterS,
+                         [&] { return constantForm(kGreaterS, img, value, res, Relation::Greater, false); });
+}
+ZAN_API ZanStatus ZAN_STDCALL zanEqualS(ZanImage* img, int value, ZanImage* res) {
+    return guardedStatus(kEqualS, [&] { return constantForm(kEqualS, img, value, res, Relation::Equal, false); });
+}
+ZAN_API ZanStatus ZAN_STDCALL zanLessSFP(ZanImage* img, float value, ZanImage* res) {
+    return guardedStatus(kLessSFP, [&] { return constantForm(kLessSFP, img, value, res, Relation::Less, true); });
+}
+ZAN_API ZanStatus ZAN_STDCALL zanGreaterSFP(ZanImage* img, float value, ZanImage* res) {
+    return guardedStatus(kGreaterSFP,
+                         [&] { return constantForm(kGreaterSFP, img, value, res, Relation::Greater, true); });
+}
+ZAN_API ZanStatus ZAN_STDCALL zanEqualSFP(ZanImage* img, float value, ZanImage* res) {
+    return guardedStatus(kEqualSFP, [&] { return constantForm(kEqualSFP, img, value, res, Relation::Equal, true); });
+}
+ZAN_API ZanStatus ZAN_STDCALL zanEqualSFPEps(ZanImage* img, float value, ZanImage* res, float eps) {
+    return guardedStatus(kEqualSFPEps, [&] {
+        return constantForm(kEqualSFPEps, img, value, res, Relation::Near, true, eps, true);
+    });
+}

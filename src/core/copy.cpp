@@ -1,0 +1,98 @@
+// zanCopy, zanSet, zanSetFP, zanExchange: whole-region moves of pixels.
+//
+// Copy and exchange report every failed comparison of a call and then stop on
+// the thread's recorded status, so a status left negative by an earlier call
+// also stops them until the caller resets it.
+#include <cstdint>
+#include <cstring>
+
+#include "core/check.h"
+#include "core/depth.h"
+#include "core/op.h"
+#include "core/region.h"
+
+namespace {
+
+using zan::fail;
+using zan::Move;
+using zan::Op;
+using zan::RegionResult;
+
+const Op kCopy{"zanCopy", "zansce"};
+const Op kSet{"zanSet", "zansce"};
+const Op kSetFP{"zanSetFP", "zansce"};
+const Op kExchange{"zanExchange", "zansce"};
+
+// Header checks, then every comparison reported in turn; true when the call
+// may go on (the thread carries no negative status).
+bool pairPrologue(const Op& op, ZanImage* src, ZanImage* dst) {
+    for (ZanImage* im : {src, dst}) {
+        if (zan::checkImage(im) < 0) {
+            ZAN_FAIL(op, zanGetErrStatus(), "Incorrect Image");
+            return false;
+        }
+    }
+    if (src->depth != dst->depth) ZAN_FAIL(op, ZAN_StsBadArg, "srcImage->depth != dstImage->depth");
+    if (src->origin != dst->origin) ZAN_FAIL(op, ZAN_StsBadArg, "srcImage->origin != dstImage->origin");
+    // One-channel images lay out alike in either order.
+    bool orderMatters = src->depth != ZAN_DEPTH_1U && !(src->nChannels == 1 && dst->nChannels == 1);
+    if (orderMatters && src->dataOrder != dst->dataOrder)
+        ZAN_FAIL(op, ZAN_StsBadArg, "srcImage->dataOrder != dstImage->dataOrder");
+    return zanGetErrStatus() >= 0;
+}
+
+// The fill value at the depth's width, clamped to its range.
+uint32_t fillPattern(int depth, int value) {
+    return static_cast<uint32_t>(zan::clampToDepth(depth, value));
+}
+
+}  // namespace
+
+extern "C" ZAN_API void ZAN_STDCALL zanCopy(ZanImage* srcImage, ZanImage* dstImage) {
+    zan::guarded(kCopy, [&] {
+        if (!pairPrologue(kCopy, srcImage, dstImage) || srcImage == dstImage) return;
+        zan::moveRegion(kCopy, Move::Copy, srcImage, dstImage, 0);
+    });
+}
+
+extern "C" ZAN_API void ZAN_STDCALL zanExchange(ZanImage* ImageA, ZanImage* ImageB) {
+    zan::guarded(kExchange, [&] {
+        if (!pairPrologue(kExchange, ImageA, ImageB) || ImageA == ImageB) return;
+        if (zan::moveRegion(kExchange, Move::Swap, ImageA, ImageB, 0) == RegionResult::InnerFailed)
+            ZAN_FAIL(kExchange, ZAN_StsBackTrace, "");
+    });
+}
+
+extern "C" ZAN_API void ZAN_STDCALL zanSet(ZanImage* image, int fillValue) {
+    zan::guarded(kSet, [&] {
+        if (zan::checkImage(image) < 0) {
+            ZAN_FAIL(kSet, zanGetErrStatus(), "Incorrect Image");
+            return;
+        }
+        if (image->depth == ZAN_DEPTH_32F) {
+            ZAN_FAIL(kSet, ZAN_StsBadDepth, "You should use zanSetFP for this image");
+            return;
+        }
+        zan::moveRegion(kSet, Move::Fill, image, nullptr, fillPattern(image->depth, fillValue));
+    });
+}
+
+extern "C" ZAN_API void ZAN_STDCALL zanSetFP(ZanImage* image, float fillValue) {
+    zan::guarded(kSetFP, [&] {
+        if (!image) {
+            ZAN_FAIL(kSetFP, ZAN_StsBadArg, "dstImage==0");
+            return;
+        }
+        if (image->depth != ZAN_DEPTH_32F) {
+            ZAN_FAIL(kSetFP, ZAN_StsBadDepth, "You should use zanSet for this image");
+            return;
+        }
+        // 32S takes the value unclamped, so the float's bits land exactly.
+        int bits;
+        std::memcpy(&bits, &fillValue, sizeof bits);
+        image->depth = ZAN_DEPTH_32S;
+        zanSet(image, bits);
+        if (zanGetErrStatus() < 0) ZAN_FAIL(kSetFP, ZAN_StsBackTrace, "");
+        image->depth = ZAN_DEPTH_32F;
+    });
+}
