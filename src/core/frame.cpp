@@ -44,7 +44,7 @@ bool PointFrame::begin() {
                                          w, h, nullptr, nullptr, nullptr, nullptr);
         if (tempMask_) zanAllocateImage(tempMask_, 0, 0);
         if (!tempMask_ || !tempMask_->imageData) {
-            ZAN_FAIL(op_, ZAN_StsNoMem, "Out of memory");
+            ZAN_FAIL(op_, ZAN_StsNoMem, noMemText_);
             return false;
         }
         // Each mask is read from its own ROI; the AND covers the common size.

@@ -64,7 +64,7 @@ using BlockFn = FunctionRef<void(const View* views, const View* mask, int w, int
 
 class PointFrame {
 public:
-    static constexpr int kMaxImages = 4;
+    static constexpr int kMaxImages = 6;  // compositing: three images and three opacity images
 
     // images: sources first, then outputs; at most kMaxImages. The headers
     // must have passed checkImage.
@@ -76,6 +76,9 @@ public:
     // Builds the combined mask and the common rectangle. False when the call
     // is over: nothing to process (silent) or no memory for the mask (reported).
     bool begin();
+
+    // The text reported when the combined mask cannot be allocated.
+    void setNoMemoryText(const char* text) { noMemText_ = text; }
 
     bool masked() const { return mask_ != nullptr; }
     // Smallest common width and height of the images and the mask.
@@ -102,6 +105,7 @@ private:
     ZanImage* tempMask_ = nullptr;  // owned: the AND of several masks
     Rect maskRect_;
     int width_ = 0, height_ = 0;
+    const char* noMemText_ = "Out of memory";
 };
 
 }  // namespace zan
