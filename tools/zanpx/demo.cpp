@@ -44,6 +44,14 @@ ImagePtr rings(int w, int h) {
     return im;
 }
 
+// A left-to-right gray ramp, the gray test image's partner.
+ImagePtr ramp(int w, int h) {
+    ImagePtr im = newImage(1, ZAN_DEPTH_8U, "GRAY", "G", w, h);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) im->imageData[size_t(y) * im->widthStep + x] = static_cast<char>(x * 255 / (w - 1));
+    return im;
+}
+
 // The gray picture in three channels, the colour picture's partner for
 // operations that take two images.
 ImagePtr grayAsColour(const ZanImage& g) {
@@ -75,6 +83,7 @@ std::vector<std::string> split(const std::string& s) {
 
 struct Entry {
     std::string title, help, input, inputCaption, output, error;
+    std::string other, otherCaption;  // the second picture of two-image operations
 };
 
 class Gallery {
@@ -109,6 +118,9 @@ public:
         for (const Entry& e : entries_) {
             html << "<section><figure><img src=\"" << escape(e.input) << "\" alt=\"input\"><figcaption>"
                  << escape(e.inputCaption) << "</figcaption></figure>";
+            if (!e.other.empty())
+                html << "<figure><img src=\"" << escape(e.other) << "\" alt=\"second input\"><figcaption>"
+                     << escape(e.otherCaption) << "</figcaption></figure>";
             if (e.error.empty())
                 html << "<figure><img src=\"" << escape(e.output) << "\" alt=\"" << escape(e.title)
                      << "\"><figcaption>" << escape(e.output) << "</figcaption></figure>";
@@ -149,11 +161,12 @@ int demoCommand(const Args& a) {
     if (ec) throw Failure("cannot make " + dir.string() + ": " + ec.message());
 
     ImagePtr colour = colourPicture(256, 192), gray = rings(256, 256);
-    ImagePtr grayColour = grayAsColour(*rings(256, 192));
+    ImagePtr grayColour = grayAsColour(*rings(256, 192)), gray2 = ramp(256, 256);
     Gallery g(dir);
     g.save(*colour, "colour.bmp");
     g.save(*gray, "rings.bmp");
     g.save(*grayColour, "rings-colour.bmp");
+    g.save(*gray2, "ramp.bmp");
     const Source pictures[] = {{"colour.bmp", "colour test picture", colour.get()},
                                {"rings.bmp", "test image (zanCreateImageJaehne)", gray.get()}};
 
@@ -161,13 +174,15 @@ int demoCommand(const Args& a) {
         const Source& in = pictures[op.demoInput == Picture::Gray ? 1 : 0];
         std::string args = op.demoArgs;
         Entry e{std::string(op.name) + (args.empty() ? "" : " " + args), op.help, in.file, in.caption,
-                std::string("op-") + op.name + ".bmp", ""};
+                std::string("op-") + op.name + ".bmp", "", "", ""};
         try {
-            const ZanImage* other = in.image == colour.get() ? grayColour.get() : gray.get();
+            const ZanImage* other = in.image == colour.get() ? grayColour.get() : gray2.get();
             ImagePtr out = runOperation(op, *in.image, split(args), other);
             g.save(*out, e.output);
-            if (std::string(op.usage).find("IMAGE") != std::string::npos)
-                e.help += " (the other image: " + std::string(in.image == colour.get() ? "rings-colour.bmp" : "rings.bmp") + ")";
+            if (std::string(op.usage).find("IMAGE") != std::string::npos) {
+                e.other = in.image == colour.get() ? "rings-colour.bmp" : "ramp.bmp";
+                e.otherCaption = "second input";
+            }
         } catch (const Failure& f) {
             e.error = f.what();
         }
@@ -184,15 +199,18 @@ int demoCommand(const Args& a) {
         {"4-bit-fixed-fs", "4-bit file, the fixed 16-colour table, Floyd-Steinberg dithering", 0, 4, 2, 1, false},
         {"4-bit-fixed", "4-bit file, the fixed 16-colour table, no dithering", 0, 4, 1, 1, false},
         {"8-bit-mediancut", "8-bit file with a median-cut palette of the picture's colours", 0, 8, 1, 2, false},
-        {"8-bit-cube-rle", "8-bit run-length coded file with the fixed 3-3-2 colour cube, ordered dithering", 0, 8, 16, 1, true},
+        {"8-bit-cube-rle", "8-bit run-length coded file with the fixed 3-3-2 colour cube", 0, 8, 1, 1, true},
         {"1-bit-sj1", "1-bit file, two-row error diffusion (first table)", 1, 1, 4, 1, false},
         {"1-bit-ordered", "1-bit file, ordered 4x4 dithering", 1, 1, 16, 1, false},
         {"4-bit-gray-rle", "4-bit run-length coded file with the 16-level gray ramp", 1, 4, 1, 1, true},
     };
     for (const Format& f : formats) {
         const Source& in = pictures[f.picture];
-        Entry e{std::string("convert --bits ") + std::to_string(f.bits), f.help, in.file, in.caption,
-                std::string("file-") + f.name + ".bmp", ""};
+        static const char* const paletteNames[] = {"keep", "fixed", "mediancut"};
+        std::string title = "convert --bits " + std::to_string(f.bits) + (f.rle ? " --rle" : "") + " --palette " +
+                            paletteNames[f.palette] + " --dither " + ditherName(f.dither);
+        Entry e{title, f.help, in.file, in.caption,
+                std::string("file-") + f.name + ".bmp", "", "", ""};
         try {
             SaveOptions o;
             o.bits = f.bits;

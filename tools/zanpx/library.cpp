@@ -76,13 +76,23 @@ std::string depthName(int depth) {
     }
 }
 
+namespace {
+const struct {
+    const char* name;
+    int code;
+} kDithers[] = {{"none", 1}, {"fs", 2}, {"sj1", 4}, {"sj2", 8}, {"ordered", 16}};
+}  // namespace
+
 int ditherCode(const std::string& name) {
-    if (name == "none") return 1;
-    if (name == "fs") return 2;
-    if (name == "sj1") return 4;
-    if (name == "sj2") return 8;
-    if (name == "ordered") return 16;
+    for (const auto& d : kDithers)
+        if (name == d.name) return d.code;
     throw Failure("unknown dither method '" + name + "' (none, fs, sj1, sj2, ordered)");
+}
+
+const char* ditherName(int code) {
+    for (const auto& d : kDithers)
+        if (code == d.code) return d.name;
+    return "?";
 }
 
 Translated translateBmp(const std::string& path) {

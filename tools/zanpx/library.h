@@ -36,6 +36,7 @@ std::string depthName(int depth);
 // The library's dither code for a method name: none 1, fs 2, sj1 4, sj2 8,
 // ordered 16. Throws on anything else.
 int ditherCode(const std::string& name);
+const char* ditherName(int code);
 
 // How the library sees a BMP file: the image zanTranslateDIB makes of it.
 struct Translated {
