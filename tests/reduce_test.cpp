@@ -280,21 +280,18 @@ TEST_F(ReduceBits, TiledImagesGiveTheUntiledResult) {
 }
 
 TEST(QuantizeRow8, VariantsMatchTheScalarReference) {
-    std::vector<zan::kernels::QuantizeRow8> variants = {zan::kernels::quantizeRow8()};
-#if defined(ZANPX_X86)
-    variants.push_back(zan::kernels::quantizeRow8Sse2);
-    if (__builtin_cpu_supports("avx2")) variants.push_back(zan::kernels::quantizeRow8Avx2);
-#endif
+    zan::kern::Isa isas[3];
+    int nIsas = zan::kern::availableIsas(isas);
     std::mt19937 rng(5);
     std::vector<uint8_t> src(300), want(300), got(300);
     for (auto& v : src) v = static_cast<uint8_t>(rng());
-    for (auto kernel : variants)
+    for (int v = 0; v < nIsas; ++v)
         for (int dropped = 1; dropped <= 7; ++dropped)
             for (int start : {0, 1, 3})
                 for (int n : {0, 1, 15, 31, 33, 97, 290}) {
-                    zan::kernels::quantizeRow8Scalar(src.data() + start, want.data(), n, dropped);
+                    zan::kern::quantizeRow8Scalar(src.data() + start, want.data(), n, dropped);
                     std::fill(got.begin(), got.end(), 0xAA);
-                    kernel(src.data() + start, got.data() + start, n, dropped);
+                    zan::kern::quantizeRow8For(isas[v])(src.data() + start, got.data() + start, n, dropped);
                     ASSERT_EQ(0, std::memcmp(want.data(), got.data() + start, size_t(n)));
                     ASSERT_EQ(got[start + n], 0xAA);  // nothing past the row
                 }

@@ -170,7 +170,7 @@ void quantiseWith(const ReducePlan& plan, int32_t* v, int w, int y, const Quanti
 
 // 8U to 8U without diffusion or jitter: whole rows through the vector kernel.
 void reducePlain8(const View& src, const View& dst, const Quantiser& q) {
-    auto kernel = kernels::quantizeRow8();
+    auto kernel = kern::quantizeRow8();
     const int planes = src.planeStep ? src.nChannels : 1;
     const int n = src.width * src.pixelStep;
     for (int p = 0; p < planes; ++p)

@@ -1,0 +1,46 @@
+// SSE2 variant of the plain bit-reduction row.
+#include "kernels/quantize.h"
+
+#if defined(__x86_64__) || defined(__i386__) || defined(_M_X64) || defined(_M_IX86)
+#if defined(__clang__)
+#pragma clang attribute push(__attribute__((target("sse2"))), apply_to = function)
+#elif defined(__GNUC__)
+#pragma GCC push_options
+#pragma GCC target("sse2")
+#endif
+#include <emmintrin.h>
+
+namespace zan {
+namespace kern {
+namespace {
+
+#define ZAN_REG __m128i
+#define ZAN_MM(op) _mm_##op
+#define ZAN_SI(op) _mm_##op##_si128
+#include "kernels/vec_x86.inc"
+#undef ZAN_REG
+#undef ZAN_MM
+#undef ZAN_SI
+
+#include "kernels/quantize_simd.inc"
+
+}  // namespace
+
+QuantizeRow8 sse2QuantizeRow8() { return quantizeRow8Simd; }
+
+}  // namespace kern
+}  // namespace zan
+
+#if defined(__clang__)
+#pragma clang attribute pop
+#elif defined(__GNUC__)
+#pragma GCC pop_options
+#endif
+
+#else
+namespace zan {
+namespace kern {
+QuantizeRow8 sse2QuantizeRow8() { return nullptr; }
+}  // namespace kern
+}  // namespace zan
+#endif
