@@ -94,8 +94,9 @@ struct JitterRule {
     int type;
     const JitterTables& t = jitterTables();
     bool operator()(int32_t low, int x, int y) const {
-        int a = type & 1 ? x : y, b = type & 1 ? y : x;
-        int i = (a + t.permutation[a & 1023] + 4 * b + 256 * ((type - 1) >> 1)) & 1023;
+        // Unsigned: the coordinates of a large image would overflow 4 * b.
+        uint32_t a = uint32_t(type & 1 ? x : y), b = uint32_t(type & 1 ? y : x);
+        uint32_t i = (a + t.permutation[a & 1023] + 4 * b + 256 * uint32_t((type - 1) >> 1)) & 1023;
         int64_t term = (int64_t(t.value[i]) * ((int64_t(1) << q.dropped) + 1)) >> 10;
         return low > term;
     }
