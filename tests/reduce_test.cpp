@@ -265,18 +265,30 @@ TEST_F(ReduceBits, JitterTypesDifferButRepeat) {
 }
 
 TEST_F(ReduceBits, TiledImagesGiveTheUntiledResult) {
-    Image src(3, ZAN_DEPTH_8U, 21, 19), dst(3, ZAN_DEPTH_8U, 21, 19);
-    Image tsrc(3, ZAN_DEPTH_8U, 21, 19), tdst(3, ZAN_DEPTH_8U, 21, 19), back(3, ZAN_DEPTH_8U, 21, 19);
-    fillRandom(src, 11);
-    std::memcpy(tsrc->imageData, src->imageData, size_t(src->imageSize));
-    TileServer ss, ds;
-    zantest::makeTiled(tsrc, ss, 8, 16);
-    zantest::makeTiled(tdst, ds, 16, 8);
-    zanReduceBits(src, dst, 0, 4, 2);
-    zanReduceBits(tsrc, tdst, 0, 4, 2);
-    ASSERT_EQ(zanGetErrStatus(), 0);
-    zantest::untile(tdst, ds, back);
-    for (int y = 0; y < 19; ++y) ASSERT_EQ(0, std::memcmp(dst.row(y), back.row(y), 63)) << y;
+    struct Case {
+        int nCh, dstDepth, dither;
+    } cases[] = {{3, ZAN_DEPTH_8U, 4}, {1, ZAN_DEPTH_1U, 2}};
+    for (const Case& k : cases) {
+        auto make = [&](int depth) {
+            Image im(k.nCh, depth, 21, 19);
+            if (k.nCh == 1) setModel(im, "GRAY", "G");
+            return im;
+        };
+        Image src = make(ZAN_DEPTH_8U), dst = make(k.dstDepth), tsrc = make(ZAN_DEPTH_8U), tdst = make(k.dstDepth),
+              back = make(k.dstDepth);
+        fillRandom(src, 11);
+        std::memcpy(tsrc->imageData, src->imageData, size_t(src->imageSize));
+        TileServer ss, ds;
+        zantest::makeTiled(tsrc, ss, 8, 16);
+        zantest::makeTiled(tdst, ds, 16, 8);
+        zanReduceBits(src, dst, 0, k.dither, 2);
+        zanReduceBits(tsrc, tdst, 0, k.dither, 2);
+        ASSERT_EQ(zanGetErrStatus(), 0);
+        zantest::untile(tdst, ds, back);
+        for (int y = 0; y < 19; ++y)
+            for (int x = 0; x < 21; ++x)
+                for (int c = 0; c < k.nCh; ++c) ASSERT_EQ(sample(dst, x, y, c), sample(back, x, y, c)) << x << " " << y;
+    }
 }
 
 TEST(QuantizeRow8, VariantsMatchTheScalarReference) {
