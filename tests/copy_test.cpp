@@ -193,6 +193,11 @@ uint32_t landed(int depth, int v) {
 
 class CopyTest : public ZanTest {};
 
+ZanStatus ZAN_STDCALL clearingReport(ZanStatus status, const char*, const char*, const char*, int) {
+    zanSetErrStatus(ZAN_StsOk);
+    return status;
+}
+
 }  // namespace
 
 TEST_F(CopyTest, RandomImagesMatchTheModelUntiledAndTiled) {
@@ -249,4 +254,167 @@ TEST_F(CopyTest, RandomImagesMatchTheModelUntiledAndTiled) {
         }
     }
     EXPECT_GT(tiledRuns, 300);
+}
+
+TEST_F(CopyTest, CopyReportsEveryFailedComparisonThenStops) {
+    Image a(3, ZAN_DEPTH_8U, 8, 4), b(3, ZAN_DEPTH_16U, 8, 4, ZAN_DATA_ORDER_PLANE, 4, 0, ZAN_ORIGIN_BL);
+    zanSet(a, 9);
+    Bytes before = pixels(b);
+    zanCopy(a, b);
+    ASSERT_EQ(log.reports().size(), 3u);
+    const char* texts[] = {"srcImage->depth != dstImage->depth", "srcImage->origin != dstImage->origin",
+                           "srcImage->dataOrder != dstImage->dataOrder"};
+    for (int i = 0; i < 3; ++i) {
+        const Report& r = log.reports()[size_t(i)];
+        EXPECT_EQ(r.status, ZAN_StsBadArg);
+        EXPECT_EQ(r.context, texts[i]);
+        EXPECT_EQ(r.func, "zanCopy");
+        EXPECT_EQ(r.file, "zansce");
+    }
+    EXPECT_EQ(before, pixels(b));
+
+    log.clear();
+    zanSetErrStatus(0);
+    zanExchange(a, nullptr);
+    ASSERT_EQ(log.reports().size(), 1u);
+    EXPECT_EQ(log.last().status, ZAN_StsHeaderIsNull);
+    EXPECT_EQ(log.last().context, "Incorrect Image");
+    EXPECT_EQ(log.last().func, "zanExchange");
+}
+
+TEST_F(CopyTest, AReportFunctionThatClearsTheStatusStillStopsADepthMismatch) {
+    Image a(1, ZAN_DEPTH_8U, 16, 16), b(1, ZAN_DEPTH_16U, 16, 16);
+    zanSet(a, 200);
+    ZanErrorCallback old = zanRedirectError(clearingReport);
+    zanCopy(a, b);
+    zanExchange(a, b);
+    zanRedirectError(old);
+    EXPECT_EQ(pixels(b), Bytes(size_t(b->imageSize), 0));
+}
+
+TEST_F(CopyTest, DataOrderIsNotComparedForOneChannelImages) {
+    Image a(1, ZAN_DEPTH_8U, 5, 3), b(1, ZAN_DEPTH_8U, 5, 3, ZAN_DATA_ORDER_PLANE);
+    Image m(1, ZAN_DEPTH_1U, 9, 2), n(1, ZAN_DEPTH_1U, 9, 2, ZAN_DATA_ORDER_PLANE);
+    zanSet(a, 4);
+    zanSet(m, 1);
+    zanCopy(a, b);
+    zanCopy(m, n);
+    EXPECT_TRUE(log.empty());
+    EXPECT_EQ(b.row(2)[4], 4);
+    EXPECT_EQ(n.row(1)[1], 0x80);  // pixel 8 set, the padding bits after it untouched
+}
+
+TEST_F(CopyTest, StaleStatusStopsCopyAndExchangeUntilReset) {
+    Image a(1, ZAN_DEPTH_16S, 6, 6), b(1, ZAN_DEPTH_16S, 6, 6);
+    zanSet(a, -3);
+    zanSetErrStatus(ZAN_StsBadArg);
+    zanCopy(a, b);
+    zanExchange(a, b);
+    EXPECT_TRUE(log.empty());
+    EXPECT_EQ(b.row(5)[0], 0);
+    EXPECT_EQ(zanGetErrStatus(), ZAN_StsBadArg);
+    zanSetErrStatus(0);
+    zanCopy(a, b);
+    EXPECT_EQ(pixels(a), pixels(b));
+    zanCopy(a, a);
+    EXPECT_TRUE(log.empty());
+}
+
+TEST_F(CopyTest, SetClampsToTheDepthAndRefusesFloat) {
+    struct Case {
+        int depth, value;
+        unsigned char first;  // the first byte stored
+    } cases[] = {{ZAN_DEPTH_8U, 300, 255}, {ZAN_DEPTH_8U, -5, 0}, {ZAN_DEPTH_1U, 7, 0xFF},
+                 {ZAN_DEPTH_8S, -200, 0x80}, {ZAN_DEPTH_16U, 70000, 0xFF}, {ZAN_DEPTH_16S, 40000, 0xFF}};
+    for (const Case& c : cases) {
+        Image im(1, c.depth, 8, 2);
+        zanSet(im, c.value);
+        EXPECT_EQ(im.row(1)[0], c.first) << c.depth << " " << c.value;
+    }
+    Image f(2, ZAN_DEPTH_32F, 3, 3);
+    zanSet(f, 1);
+    ASSERT_EQ(log.reports().size(), 1u);
+    EXPECT_EQ(log.last().status, ZAN_StsBadDepth);
+    EXPECT_EQ(log.last().context, "You should use zanSetFP for this image");
+    EXPECT_EQ(log.last().func, "zanSet");
+    EXPECT_EQ(pixels(f), Bytes(size_t(f->imageSize), 0));
+}
+
+TEST_F(CopyTest, SetFPStoresTheFloatAndRestoresTheDepth) {
+    Image f(2, ZAN_DEPTH_32F, 3, 3, ZAN_DATA_ORDER_PLANE);
+    f.setROI(2, 1, 1, 5, 5);
+    zanSetFP(f, -0.5f);
+    EXPECT_TRUE(log.empty());
+    EXPECT_EQ(f->depth, ZAN_DEPTH_32F);
+    float v;
+    std::memcpy(&v, f.row(2, 1) + 8, sizeof v);
+    EXPECT_EQ(v, -0.5f);
+    std::memcpy(&v, f.row(2, 0) + 8, sizeof v);
+    EXPECT_EQ(v, 0.0f);  // the other channel
+    std::memcpy(&v, f.row(0, 1), sizeof v);
+    EXPECT_EQ(v, 0.0f);  // outside the ROI
+
+    Image i8(1, ZAN_DEPTH_8U, 3, 3);
+    zanSetFP(i8, 1.0f);
+    zanSetFP(nullptr, 1.0f);
+    ASSERT_EQ(log.reports().size(), 2u);
+    EXPECT_EQ(log.reports()[0].context, "You should use zanSet for this image");
+    EXPECT_EQ(log.reports()[0].status, ZAN_StsBadDepth);
+    EXPECT_EQ(log.reports()[1].context, "dstImage==0");
+    EXPECT_EQ(log.reports()[1].status, ZAN_StsBadArg);
+    EXPECT_EQ(log.reports()[1].func, "zanSetFP");
+}
+
+TEST_F(CopyTest, SetFPTracesAFailedSetAndStillRestoresTheDepth) {
+    Image f(1, ZAN_DEPTH_32F, 16, 8);
+    TileServer server;
+    makeTiled(f, server, 8, 8);
+    server.failGets = true;
+    zanSetFP(f, 2.0f);
+    ASSERT_EQ(log.reports().size(), 2u);
+    EXPECT_EQ(log.reports()[0].func, "zanSet");
+    EXPECT_EQ(log.reports()[0].status, ZAN_StsError);
+    EXPECT_EQ(log.reports()[0].context, "Error get tile to write");
+    EXPECT_EQ(log.reports()[1].func, "zanSetFP");
+    EXPECT_EQ(log.reports()[1].status, ZAN_StsBackTrace);
+    EXPECT_EQ(log.reports()[1].context, "");
+    EXPECT_EQ(f->depth, ZAN_DEPTH_32F);
+}
+
+TEST_F(CopyTest, TilesAreFetchedOnlyUnderTheRectangleAndReleased) {
+    Image src(1, ZAN_DEPTH_8U, 40, 24), dst(1, ZAN_DEPTH_8U, 40, 24);
+    TileServer server;
+    makeTiled(dst, server, 16, 16);
+    dst.setROI(0, 10, 4, 20, 8);
+    zanCopy(src, dst);
+    EXPECT_EQ(server.calls, (std::vector<std::string>{"w 0 0", "x 0 0", "w 1 0", "x 1 0"}));
+
+    // A tiled source under an untiled destination is read and released.
+    Image plain(1, ZAN_DEPTH_8U, 40, 24);
+    plain.setROI(0, 10, 4, 20, 8);
+    TileServer server2;
+    makeTiled(src, server2, 8, 8);
+    src.setROI(0, 0, 16, 8, 8);
+    zanCopy(src, plain);
+    EXPECT_EQ(server2.calls, (std::vector<std::string>{"r 0 2", "x 0 2"}));
+    EXPECT_TRUE(log.empty());
+}
+
+TEST_F(CopyTest, TileFailuresGiveTheirTexts) {
+    Image a(3, ZAN_DEPTH_8U, 16, 16), b(3, ZAN_DEPTH_8U, 16, 16);
+    TileServer server;
+    makeTiled(a, server, 8, 8);
+    server.failGets = true;
+    zanCopy(a, b);
+    zanSetErrStatus(0);  // the copy family stops while a failure is on record
+    zanCopy(b, a);
+    zanSetErrStatus(0);
+    zanExchange(b, a);
+    ASSERT_EQ(log.reports().size(), 3u);
+    const char* texts[] = {"Error get tile to read", "Error get tile to write", "Error get tile to write"};
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(log.reports()[size_t(i)].status, ZAN_StsError);
+        EXPECT_EQ(log.reports()[size_t(i)].context, texts[i]);
+    }
+    EXPECT_EQ(log.reports()[2].func, "zanExchange");
 }

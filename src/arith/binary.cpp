@@ -18,9 +18,22 @@ void runRow(const Op& op, ZanImage* a, ZanImage* b, ZanImage* dst, kern::BinaryR
     frame.samples([&](const void* const* s, void* d, int n) { row(s[0], s[1], d, n); });
 }
 
+using BitFn = void(ZAN_STDCALL*)(ZanImage*, ZanImage*, ZanImage*);
+
 void arith(const Op& op, kern::Arith which, ZanImage* a, ZanImage* b, ZanImage* dst) {
     if (!checkBinary(op, a, b, dst)) return;
     runRow(op, a, b, dst, kern::arithRow(which, dst->depth, kern::bestIsa()));
+}
+
+// Bi-level addition is OR and multiplication AND: handed over whole, so the
+// checks and reports are those of zanOr and zanAnd.
+void addOrMultiply(const Op& op, kern::Arith which, BitFn bits, ZanImage* a, ZanImage* b, ZanImage* dst) {
+    if (!a) {
+        ZAN_FAIL(op, ZAN_StsBadArg, "srcImageA==0");
+        return;
+    }
+    if (a->depth == ZAN_DEPTH_1U) return bits(a, b, dst);
+    guarded(op, [&] { arith(op, which, a, b, dst); });
 }
 
 }  // namespace
@@ -30,24 +43,12 @@ using namespace zan;
 
 extern "C" {
 
-// Bi-level addition is OR and multiplication AND: handed over whole, so the
-// checks and reports are those of zanOr and zanAnd.
 ZAN_API void ZAN_STDCALL zanAdd(ZanImage* srcImageA, ZanImage* srcImageB, ZanImage* dstImage) {
-    if (!srcImageA) {
-        ZAN_FAIL(kAdd, ZAN_StsBadArg, "srcImageA==0");
-        return;
-    }
-    if (srcImageA->depth == ZAN_DEPTH_1U) return zanOr(srcImageA, srcImageB, dstImage);
-    guarded(kAdd, [&] { arith(kAdd, kern::Arith::Add, srcImageA, srcImageB, dstImage); });
+    addOrMultiply(kAdd, kern::Arith::Add, zanOr, srcImageA, srcImageB, dstImage);
 }
 
 ZAN_API void ZAN_STDCALL zanMultiply(ZanImage* srcImageA, ZanImage* srcImageB, ZanImage* dstImage) {
-    if (!srcImageA) {
-        ZAN_FAIL(kMultiply, ZAN_StsBadArg, "srcImageA==0");
-        return;
-    }
-    if (srcImageA->depth == ZAN_DEPTH_1U) return zanAnd(srcImageA, srcImageB, dstImage);
-    guarded(kMultiply, [&] { arith(kMultiply, kern::Arith::Mul, srcImageA, srcImageB, dstImage); });
+    addOrMultiply(kMultiply, kern::Arith::Mul, zanAnd, srcImageA, srcImageB, dstImage);
 }
 
 // Bi-level subtraction is A AND NOT B; its data orders are not compared.
@@ -55,10 +56,9 @@ ZAN_API void ZAN_STDCALL zanSubtract(ZanImage* srcImageA, ZanImage* srcImageB, Z
     guarded(kSubtract, [&] {
         bool bits = srcImageA && srcImageA->depth == ZAN_DEPTH_1U;
         if (!checkBinary(kSubtract, srcImageA, srcImageB, dstImage, !bits)) return;
-        if (dstImage->depth == ZAN_DEPTH_1U)
-            runRow(kSubtract, srcImageA, srcImageB, dstImage, kern::bitwiseRow(kern::Bitwise::AndNot, kern::bestIsa()));
-        else
-            runRow(kSubtract, srcImageA, srcImageB, dstImage, kern::arithRow(kern::Arith::Sub, dstImage->depth, kern::bestIsa()));
+        kern::Isa isa = kern::bestIsa();
+        runRow(kSubtract, srcImageA, srcImageB, dstImage,
+               bits ? kern::bitwiseRow(kern::Bitwise::AndNot, isa) : kern::arithRow(kern::Arith::Sub, dstImage->depth, isa));
     });
 }
 

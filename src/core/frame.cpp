@@ -110,30 +110,37 @@ bool maskBit(const View& m, int y, int x) {
     return (row[bit >> 3] >> (7 - (bit & 7))) & 1;
 }
 
-// Moves `count` samples of `bytes` each between strided and packed storage.
-template <int B>
-void gatherT(const char* src, int stride, int count, char* out) {
-    for (int i = 0; i < count; ++i) std::memcpy(out + i * B, src + ptrdiff_t(i) * stride * B, B);
+// Moves `count` samples of B bytes between strided and packed storage.
+template <int B, bool kGather>
+void moveT(char* strided, int stride, int count, char* packed) {
+    for (int i = 0; i < count; ++i) {
+        char* s = strided + ptrdiff_t(i) * stride * B;
+        if (kGather)
+            std::memcpy(packed + i * B, s, B);
+        else
+            std::memcpy(s, packed + i * B, B);
+    }
 }
-template <int B>
-void scatterT(const char* in, int stride, int count, char* dst) {
-    for (int i = 0; i < count; ++i) std::memcpy(dst + ptrdiff_t(i) * stride * B, in + i * B, B);
+template <bool kGather>
+void moveSamples(char* strided, int stride, int count, int bytes, char* packed) {
+    if (stride == 1) {
+        if (kGather)
+            std::memcpy(packed, strided, size_t(count) * bytes);
+        else
+            std::memcpy(strided, packed, size_t(count) * bytes);
+        return;
+    }
+    switch (bytes) {
+        case 1: moveT<1, kGather>(strided, stride, count, packed); break;
+        case 2: moveT<2, kGather>(strided, stride, count, packed); break;
+        default: moveT<4, kGather>(strided, stride, count, packed); break;
+    }
 }
 void gather(const char* src, int stride, int count, int bytes, char* out) {
-    if (stride == 1) { std::memcpy(out, src, size_t(count) * bytes); return; }
-    switch (bytes) {
-        case 1: gatherT<1>(src, stride, count, out); break;
-        case 2: gatherT<2>(src, stride, count, out); break;
-        default: gatherT<4>(src, stride, count, out); break;
-    }
+    moveSamples<true>(const_cast<char*>(src), stride, count, bytes, out);
 }
 void scatter(const char* in, int stride, int count, int bytes, char* dst) {
-    if (stride == 1) { std::memcpy(dst, in, size_t(count) * bytes); return; }
-    switch (bytes) {
-        case 1: scatterT<1>(in, stride, count, dst); break;
-        case 2: scatterT<2>(in, stride, count, dst); break;
-        default: scatterT<4>(in, stride, count, dst); break;
-    }
+    moveSamples<false>(dst, stride, count, bytes, const_cast<char*>(in));
 }
 
 // Per-call row buffers: one per source and one for the result.

@@ -2,50 +2,15 @@
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
+#include "core/bits.h"
 #include "core/depth.h"
 
 namespace zan {
 namespace {
 
-using u8 = unsigned char;
-
-// k (1..8) bits from bit position pos, most significant first, in the low bits
-// of the result. The second byte is read only when the bits reach into it, so
-// a row's last byte is never overrun.
-inline unsigned getBits(const u8* p, int pos, int k) {
-    const u8* q = p + (pos >> 3);
-    int o = pos & 7;
-    unsigned v = unsigned(q[0]) << 8;
-    if (o + k > 8) v |= q[1];
-    return (v >> (16 - o - k)) & ((1u << k) - 1);
-}
-
-// Stores the low k (1..8) bits of `bits` at bit position pos, leaving every
-// other bit of the bytes it touches as it was.
-inline void putBits(u8* p, int pos, int k, unsigned bits) {
-    int o = pos & 7;
-    if (o + k > 8) {
-        int k1 = 8 - o;
-        putBits(p, pos, k1, bits >> (k - k1));
-        putBits(p, pos + k1, k - k1, bits);
-        return;
-    }
-    u8* q = p + (pos >> 3);
-    int shift = 8 - o - k;
-    unsigned m = ((1u << k) - 1) << shift;
-    *q = u8((*q & ~m) | ((bits << shift) & m));
-}
-
-// Splits n bits into pieces that stay inside one byte of the row starting at off.
-template <class F>
-void byteChunks(int off, int n, F f) {
-    for (int pos = 0; pos < n;) {
-        int k = std::min(8 - ((off + pos) & 7), n - pos);
-        f(pos, k);
-        pos += k;
-    }
-}
+using u8 = uint8_t;
 
 template <class T>
 inline T load(const char* p) {
@@ -131,73 +96,28 @@ void moveTyped(Move move, const ChannelPairing& ch, const View& a, const View& b
     }
 }
 
+// 1-bit rows go through byte-aligned row buffers, so any bit offsets pair up
+// and bits outside the block (or under a clear mask bit) are never written.
 void moveBitRows(Move move, const View& a, const View& b, const View* mask, uint32_t fill, int w, int h) {
+    size_t bytes = (size_t(w) + 7) / 8;
+    std::vector<uint8_t> rowA(bytes), rowB(bytes, fill & 1 ? 0xFF : 0), keep(mask ? bytes : 0);
     for (int y = 0; y < h; ++y) {
-        u8* ra = reinterpret_cast<u8*>(a.data + y * a.rowStep);
-        u8* rb = reinterpret_cast<u8*>(b.data + y * b.rowStep);
-        const u8* rm = mask ? reinterpret_cast<const u8*>(mask->data + y * mask->rowStep) : nullptr;
-        int mOff = mask ? mask->bitOffset : 0;
-        switch (move) {
-            case Move::Copy: copyBits(ra, a.bitOffset, rb, b.bitOffset, w, rm, mOff); break;
-            case Move::Swap: swapBits(ra, a.bitOffset, rb, b.bitOffset, w, rm, mOff); break;
-            case Move::Fill: fillBits(ra, a.bitOffset, w, (fill & 1) != 0, rm, mOff); break;
+        auto* ra = reinterpret_cast<uint8_t*>(a.data + y * a.rowStep);
+        auto* rb = reinterpret_cast<uint8_t*>(b.data + y * b.rowStep);
+        const uint8_t* k = nullptr;
+        if (mask) {
+            gatherBits(reinterpret_cast<const uint8_t*>(mask->data + y * mask->rowStep), mask->bitOffset, w,
+                       keep.data());
+            k = keep.data();
         }
+        if (move == Move::Swap) gatherBits(ra, a.bitOffset, w, rowA.data());
+        if (move != Move::Fill) gatherBits(rb, b.bitOffset, w, rowB.data());
+        scatterBits(rowB.data(), w, k, ra, a.bitOffset);
+        if (move == Move::Swap) scatterBits(rowA.data(), w, k, rb, b.bitOffset);
     }
 }
 
 }  // namespace
-
-void copyBits(u8* d, int dOff, const u8* s, int sOff, int n, const u8* m, int mOff) {
-    if (n <= 0) return;
-    if (!m && (dOff & 7) == (sOff & 7)) {
-        // Same phase: a partial head byte, whole bytes, a partial tail byte.
-        d += dOff >> 3;
-        s += sOff >> 3;
-        int o = dOff & 7;
-        int head = o ? std::min(8 - o, n) : 0;
-        if (head) {
-            putBits(d, o, head, getBits(s, o, head));
-            ++d;
-            ++s;
-        }
-        int rest = n - head;
-        std::memmove(d, s, size_t(rest >> 3));
-        if (int tail = rest & 7) putBits(d + (rest >> 3), 0, tail, getBits(s + (rest >> 3), 0, tail));
-        return;
-    }
-    byteChunks(dOff, n, [&](int pos, int k) {
-        unsigned v = getBits(s, sOff + pos, k);
-        if (m) {
-            unsigned mk = getBits(m, mOff + pos, k);
-            v = (v & mk) | (getBits(d, dOff + pos, k) & ~mk);
-        }
-        putBits(d, dOff + pos, k, v);
-    });
-}
-
-void swapBits(u8* a, int aOff, u8* b, int bOff, int n, const u8* m, int mOff) {
-    byteChunks(aOff, n, [&](int pos, int k) {
-        unsigned va = getBits(a, aOff + pos, k), vb = getBits(b, bOff + pos, k);
-        unsigned mk = m ? getBits(m, mOff + pos, k) : 0xFFu;
-        putBits(a, aOff + pos, k, (vb & mk) | (va & ~mk));
-        putBits(b, bOff + pos, k, (va & mk) | (vb & ~mk));
-    });
-}
-
-void fillBits(u8* d, int dOff, int n, bool on, const u8* m, int mOff) {
-    unsigned v = on ? 0xFFu : 0u;
-    byteChunks(dOff, n, [&](int pos, int k) {
-        if (!m) return putBits(d, dOff + pos, k, v);
-        unsigned mk = getBits(m, mOff + pos, k);
-        putBits(d, dOff + pos, k, (v & mk) | (getBits(d, dOff + pos, k) & ~mk));
-    });
-}
-
-void andBits(u8* d, int dOff, const u8* a, int aOff, const u8* b, int bOff, int n) {
-    byteChunks(dOff, n, [&](int pos, int k) {
-        putBits(d, dOff + pos, k, getBits(a, aOff + pos, k) & getBits(b, bOff + pos, k));
-    });
-}
 
 void moveBlock(Move move, const ChannelPairing& ch, const View& a, const View* b, const View* mask, uint32_t fill,
                int w, int h) {

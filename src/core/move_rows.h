@@ -1,6 +1,6 @@
 // Block movers of the copy family: copy, swap and fill of a block of pixels,
 // whole rows where they can, sample by sample under a channel selection or a
-// mask, and 1-bit rows at any bit offset.
+// mask, 1-bit rows at any bit offset.
 #pragma once
 #include <cstdint>
 
@@ -23,13 +23,5 @@ struct ChannelPairing {
 // mask view only pixels whose mask bit is 1 change.
 void moveBlock(Move move, const ChannelPairing& ch, const View& a, const View* b, const View* mask,
                uint32_t fill, int w, int h);
-
-// 1-bit rows, n pixels starting at bit offsets (0 = most significant bit of the
-// first byte). Bits outside the n pixels never change. m may be null (no mask).
-void copyBits(unsigned char* d, int dOff, const unsigned char* s, int sOff, int n,
-              const unsigned char* m, int mOff);
-void swapBits(unsigned char* a, int aOff, unsigned char* b, int bOff, int n, const unsigned char* m, int mOff);
-void fillBits(unsigned char* d, int dOff, int n, bool on, const unsigned char* m, int mOff);
-void andBits(unsigned char* d, int dOff, const unsigned char* a, int aOff, const unsigned char* b, int bOff, int n);
 
 }  // namespace zan

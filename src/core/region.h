@@ -1,5 +1,5 @@
-// The copy family's engine: the mask a call works under, the clipped common
-// rectangle, which channels pair up, and the tile walk around the block movers.
+// The copy family's engine: the point frame's mask, common rectangle and tile
+// walk around the block movers, with the copy family's channel pairing.
 #pragma once
 #include <cstdint>
 
@@ -8,15 +8,10 @@
 
 namespace zan {
 
-enum class RegionResult {
-    Done,         // moved, or nothing to move (empty rectangle or mask)
-    Failed,       // a failure was reported under the operation
-    InnerFailed,  // a nested call (the mask combination) reported its own failure
-};
-
-// Copy: src into dst. Swap: dst with src. Fill: `fill` (the value at the depth's
-// width; 1U uses its lowest bit) into dst, src null. The images have passed
-// their header checks and comparisons.
-RegionResult moveRegion(const Op& op, Move move, ZanImage* dst, ZanImage* src, uint32_t fill);
+// Copy: first into second. Swap: first with second. Fill: `fill` (the value at
+// the depth's width; 1U uses its lowest bit) into first, second null. The
+// images have passed their header checks and comparisons; failures (tiles,
+// memory for a combined mask) are reported under op.
+void moveRegion(const Op& op, Move move, ZanImage* first, ZanImage* second, uint32_t fill);
 
 }  // namespace zan

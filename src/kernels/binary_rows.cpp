@@ -121,6 +121,11 @@ auto pick(Isa isa, Pick get) -> decltype(get(kScalar)) {
 
 const RowTable* scalarRowTable() { return &kScalar; }
 
+#if !(defined(__x86_64__) || defined(__i386__) || defined(_M_X64) || defined(_M_IX86))
+const RowTable* sse2RowTable() { return nullptr; }
+const RowTable* avx2RowTable() { return nullptr; }
+#endif
+
 BinaryRow arithRow(Arith op, int depth, Isa isa) {
     int k = smallIndex(depth);
     if (k >= 0) return pick(isa, [&](const RowTable& t) { return t.arith[int(op)][k]; });

@@ -10,38 +10,9 @@
 #endif
 #include <emmintrin.h>
 
-namespace zan {
-namespace kern {
-namespace {
-
 #define ZAN_REG __m128i
 #define ZAN_MM(op) _mm_##op
 #define ZAN_SI(op) _mm_##op##_si128
-#include "kernels/vec_x86.inc"
-#undef ZAN_REG
-#undef ZAN_MM
-#undef ZAN_SI
-
-
-#include "kernels/binary_simd.inc"
-
-}  // namespace
-
-const RowTable* sse2RowTable() { return &kTable; }
-
-}  // namespace kern
-}  // namespace zan
-
-#if defined(__clang__)
-#pragma clang attribute pop
-#elif defined(__GNUC__)
-#pragma GCC pop_options
-#endif
-
-#else
-namespace zan {
-namespace kern {
-const RowTable* sse2RowTable() { return nullptr; }
-}  // namespace kern
-}  // namespace zan
+#define ZAN_ROW_TABLE sse2RowTable
+#include "kernels/binary_isa.inc"  // ends the target region
 #endif

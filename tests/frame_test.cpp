@@ -1,0 +1,210 @@
+// Random images through the point-operation frame, checked against the
+// pixel-by-pixel model: ROIs (clipped), COI, alpha, plane order, masks on any
+// image, sizes that differ, in-place use, the whole-buffer path and tiles.
+#include <memory>
+#include <thread>
+
+#include "point_model.h"
+
+using namespace zantest;
+
+namespace {
+
+const int kDepths[] = {ZAN_DEPTH_1U, ZAN_DEPTH_8U, ZAN_DEPTH_8S, ZAN_DEPTH_16U,
+                       ZAN_DEPTH_16S, ZAN_DEPTH_32S, ZAN_DEPTH_32F};
+
+uint64_t depthMask(int depth) {
+    int bits = depth & 0x7FFFFFFF;
+    return bits >= 32 ? 0xFFFFFFFFull : (1ull << bits) - 1;
+}
+double fromBits(int depth, uint64_t r) {
+    switch (depth) {
+        case ZAN_DEPTH_8S: return int8_t(uint8_t(r));
+        case ZAN_DEPTH_16S: return int16_t(uint16_t(r));
+        case ZAN_DEPTH_32S: return int32_t(uint32_t(r));
+        default: return double(r);
+    }
+}
+uint64_t toBits(int depth, double v) { return uint64_t(int64_t(v)) & depthMask(depth); }
+
+struct PointOp {
+    const char* name;
+    int sources;
+    bool bitwise;  // refuses 32F
+    std::function<void(ZanImage*, ZanImage*, ZanImage*, unsigned)> run;
+    std::function<double(int depth, const double* v, unsigned value)> model;
+};
+
+std::vector<PointOp> pointOps() {
+    auto bitOp = [](auto f) {
+        return [f](int depth, const double* v, unsigned) {
+            return fromBits(depth, f(toBits(depth, v[0]), toBits(depth, v[1])) & depthMask(depth));
+        };
+    };
+    auto constOp = [](auto f) {
+        return [f](int depth, const double* v, unsigned value) {
+            uint64_t c = depth == ZAN_DEPTH_1U ? (value & 1) : value & depthMask(depth);
+            return fromBits(depth, f(toBits(depth, v[0]), c) & depthMask(depth));
+        };
+    };
+    return {
+        {"add", 2, false, [](ZanImage* a, ZanImage* b, ZanImage* d, unsigned) { zanAdd(a, b, d); },
+         [](int depth, const double* v, unsigned) { return saturateTo(depth, v[0] + v[1]); }},
+        {"subtract", 2, false, [](ZanImage* a, ZanImage* b, ZanImage* d, unsigned) { zanSubtract(a, b, d); },
+         [](int depth, const double* v, unsigned) { return saturateTo(depth, v[0] - v[1]); }},
+        {"multiply", 2, false, [](ZanImage* a, ZanImage* b, ZanImage* d, unsigned) { zanMultiply(a, b, d); },
+         [](int depth, const double* v, unsigned) { return saturateTo(depth, v[0] * v[1]); }},
+        {"and", 2, true, [](ZanImage* a, ZanImage* b, ZanImage* d, unsigned) { zanAnd(a, b, d); },
+         bitOp([](uint64_t a, uint64_t b) { return a & b; })},
+        {"or", 2, true, [](ZanImage* a, ZanImage* b, ZanImage* d, unsigned) { zanOr(a, b, d); },
+         bitOp([](uint64_t a, uint64_t b) { return a | b; })},
+        {"xor", 2, true, [](ZanImage* a, ZanImage* b, ZanImage* d, unsigned) { zanXor(a, b, d); },
+         bitOp([](uint64_t a, uint64_t b) { return a ^ b; })},
+        {"andS", 1, true, [](ZanImage* a, ZanImage*, ZanImage* d, unsigned c) { zanAndS(a, d, c); },
+         constOp([](uint64_t a, uint64_t c) { return a & c; })},
+        {"orS", 1, true, [](ZanImage* a, ZanImage*, ZanImage* d, unsigned c) { zanOrS(a, d, c); },
+         constOp([](uint64_t a, uint64_t c) { return a | c; })},
+        {"xorS", 1, true, [](ZanImage* a, ZanImage*, ZanImage* d, unsigned c) { zanXorS(a, d, c); },
+         constOp([](uint64_t a, uint64_t c) { return a ^ c; })},
+        {"not", 1, true, [](ZanImage* a, ZanImage*, ZanImage* d, unsigned) { zanNot(a, d); },
+         [](int depth, const double* v, unsigned) { return fromBits(depth, ~toBits(depth, v[0]) & depthMask(depth)); }},
+    };
+}
+
+// One random scene: sources, destination, masks; sometimes all alike so that
+// the whole-buffer path runs.
+struct Scene {
+    std::vector<std::unique_ptr<Image>> images;  // sources then destination
+    std::vector<std::unique_ptr<Image>> masks;
+    bool inPlace = false;
+    ZanImage* src(int i) const { return images[size_t(i)]->im; }
+    ZanImage* dst() const { return inPlace ? images[0]->im : images.back()->im; }
+};
+
+int pick(std::mt19937& rng, int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(rng); }
+
+Scene makeScene(std::mt19937& rng, int depth, int sources) {
+    Scene s;
+    bool alike = pick(rng, 0, 3) == 0;
+    int order = pick(rng, 0, 1), base = depth == ZAN_DEPTH_1U ? 1 : (pick(rng, 0, 1) ? 1 : 3);
+    int w0 = pick(rng, 1, 70), h0 = pick(rng, 1, 9), align = 4 << pick(rng, 0, 3);
+    for (int i = 0; i <= sources; ++i) {
+        int nCh = base, alpha = 0, coi = 0;
+        int kind = alike || depth == ZAN_DEPTH_1U ? 0 : pick(rng, 0, 2);
+        if (kind == 1) alpha = nCh = base + 1;
+        if (kind == 2 && base == 1) { nCh = 3; coi = pick(rng, 1, 3); }
+        int w = alike ? w0 : pick(rng, 1, 70), h = alike ? h0 : pick(rng, 1, 9);
+        auto im = std::make_unique<Image>(nCh, depth, w, h, order, alike ? align : 4 << pick(rng, 0, 3), alpha);
+        fillRandom(im->im, rng);
+        if (coi || (!alike && pick(rng, 0, 1)))
+            im->setROI(coi, pick(rng, 0, w), pick(rng, 0, h), pick(rng, 1, w + 3), pick(rng, 1, h + 2));
+        if (!alike && pick(rng, 0, 3) == 0) {
+            int mw = pick(rng, 1, 80), mh = pick(rng, 1, 10);
+            auto m = std::make_unique<Image>(1, ZAN_DEPTH_1U, mw, mh, pick(rng, 0, 1));
+            fillRandom(m->im, rng);
+            if (pick(rng, 0, 1)) m->setROI(0, pick(rng, 0, mw / 2), pick(rng, 0, mh / 2), pick(rng, 1, mw), pick(rng, 1, mh));
+            im->im->maskROI = m->im;
+            s.masks.push_back(std::move(m));
+        }
+        s.images.push_back(std::move(im));
+    }
+    s.inPlace = pick(rng, 0, 5) == 0;
+    return s;
+}
+
+// A copy of an image with its own pixels and ROI; the mask is shared.
+std::unique_ptr<Image> cloneImage(const ZanImage* im) {
+    auto c = std::make_unique<Image>(im->nChannels, im->depth, im->width, im->height, im->dataOrder, im->align,
+                                     im->alphaChannel);
+    std::memcpy(c->im->imageData, im->imageData, size_t(im->imageSize));
+    if (const ZanROI* r = im->roi) c->setROI(r->coi, r->xOffset, r->yOffset, r->width, r->height);
+    c->im->maskROI = im->maskROI;
+    return c;
+}
+
+void clearMasks(Scene& s) {
+    for (auto& im : s.images) im->im->maskROI = nullptr;
+}
+
+class FrameRandom : public ZanTest {};
+
+TEST_F(FrameRandom, MatchesModelForEveryOperationAndDepth) {
+    std::mt19937 rng(1234);
+    for (const PointOp& op : pointOps()) {
+        for (int depth : kDepths) {
+            if (op.bitwise && depth == ZAN_DEPTH_32F) continue;
+            for (int iter = 0; iter < 60; ++iter) {
+                Scene s = makeScene(rng, depth, op.sources);
+                unsigned value = unsigned(rng());
+                std::vector<const ZanImage*> srcs;
+                for (int i = 0; i < op.sources; ++i) srcs.push_back(s.src(i));
+                auto want = modelResult(srcs, s.dst(), [&](const double* v) { return op.model(depth, v, value); });
+                op.run(s.src(0), op.sources > 1 ? s.src(1) : nullptr, s.dst(), value);
+                ASSERT_TRUE(log.empty()) << op.name << " depth " << depth << ": " << log.last().context;
+                ASSERT_TRUE(samePixels(s.dst(), want.data())) << op.name << " depth " << depth << " iter " << iter;
+                clearMasks(s);
+            }
+        }
+    }
+}
+
+// Tiles smaller than, equal to and straddling the rectangle give the untiled
+// result, in place too.
+TEST_F(FrameRandom, TiledImagesGiveTheUntiledResult) {
+    std::mt19937 rng(99);
+    const int tileSizes[][2] = {{8, 8}, {16, 8}, {24, 16}, {64, 16}, {128, 128}};
+    for (const PointOp& op : pointOps()) {
+        for (int depth : kDepths) {
+            if (op.bitwise && depth == ZAN_DEPTH_32F) continue;
+            for (int iter = 0; iter < 12; ++iter) {
+                Scene s = makeScene(rng, depth, op.sources);
+                unsigned value = unsigned(rng());
+                size_t di = s.inPlace ? 0 : s.images.size() - 1;
+                std::vector<std::unique_ptr<Image>> copies;
+                for (auto& im : s.images) copies.push_back(cloneImage(im->im));
+                ZanImage* c1 = op.sources > 1 ? copies[1]->im : nullptr;
+                op.run(copies[0]->im, c1, copies[di]->im, value);
+
+                std::vector<TileServer> servers(s.images.size());
+                for (size_t i = 0; i < s.images.size(); ++i)
+                    if (i == di || pick(rng, 0, 1)) {
+                        const int* t = tileSizes[pick(rng, 0, 4)];
+                        makeTiled(*s.images[i], servers[i], t[0], t[1]);
+                    }
+                ZanImage* d = s.dst();
+                op.run(s.src(0), op.sources > 1 ? s.src(1) : nullptr, d, value);
+                ASSERT_TRUE(log.empty()) << op.name << ": " << log.last().context;
+                Image out(d->nChannels, d->depth, d->width, d->height, d->dataOrder, d->align, d->alphaChannel);
+                untile(*s.images[di], servers[di], out);
+                ASSERT_TRUE(samePixels(out.im, reinterpret_cast<unsigned char*>(copies[di]->im->imageData)))
+                    << op.name << " depth " << depth << " iter " << iter << (s.inPlace ? " in place" : "");
+                clearMasks(s);
+                for (auto& c : copies) c->im->maskROI = nullptr;
+            }
+        }
+    }
+}
+
+// The frame keeps its row buffers and temporary masks per call: threads
+// running masked operations at once each get their own result.
+TEST_F(FrameRandom, ConcurrentCallsAreIndependent) {
+    const int kThreads = 4;
+    std::vector<int> bad(kThreads, 0);
+    std::vector<std::thread> pool;
+    for (int t = 0; t < kThreads; ++t)
+        pool.emplace_back([t, &bad] {
+            std::mt19937 rng(500 + t);
+            for (int iter = 0; iter < 40; ++iter) {
+                Scene s = makeScene(rng, ZAN_DEPTH_8U, 2);
+                auto want = modelResult({s.src(0), s.src(1)}, s.dst(),
+                                        [](const double* v) { return saturateTo(ZAN_DEPTH_8U, v[0] + v[1]); });
+                zanAdd(s.src(0), s.src(1), s.dst());
+                if (!samePixels(s.dst(), want.data())) ++bad[size_t(t)];
+                clearMasks(s);
+            }
+        });
+    for (auto& th : pool) th.join();
+    for (int t = 0; t < kThreads; ++t) EXPECT_EQ(bad[size_t(t)], 0) << "thread " << t;
+}
+
+}  // namespace
