@@ -26,9 +26,8 @@ ZanStatus checkHeader(const Op& op, const ZanImage* im) {
     return s;
 }
 
-template <class V>
-ZanStatus constantForm(const Op& op, ZanImage* img, V value, ZanImage* res, Relation rel, bool floatForm,
-                       float eps = 0.0f, bool withEps = false) {
+ZanStatus constantChecks(const Op& op, ZanImage* img, double value, ZanImage* res, Relation rel, bool floatForm,
+                        float eps, bool withEps) {
     ZanStatus s = checkHeader(op, img);
     if (s == ZAN_StsOk) s = checkHeader(op, res);
     if (s != ZAN_StsOk) return s;
@@ -41,12 +40,12 @@ ZanStatus constantForm(const Op& op, ZanImage* img, V value, ZanImage* res, Rela
     if (floatForm && img->depth != ZAN_DEPTH_32F)
         return ZAN_REFUSE(op, ZAN_StsBadArg, "(img->depth!=ZAN_DEPTH_32F)", ZAN_StsBadDepth);
     if (withEps && !(eps > 0.0f)) return ZAN_REFUSE(op, ZAN_StsBadArg, "(eps<=0.)", ZAN_StsBadArg);
-    CompareSpec spec{rel, double(value), double(eps)};
+    CompareSpec spec{rel, value, double(eps)};
     return compareWithConstant(op, *img, *res, spec);
 }
 
-ZanStatus imageForm(const Op& op, ZanImage* img1, ZanImage* img2, ZanImage* res, Relation rel,
-                    float eps = 0.0f, bool withEps = false) {
+ZanStatus imageChecks(const Op& op, ZanImage* img1, ZanImage* img2, ZanImage* res, Relation rel, float eps,
+                      bool withEps) {
     for (ZanImage* im : {img1, img2, res})
         if (ZanStatus s = checkHeader(op, im)) return s;
     if (res->depth != ZAN_DEPTH_1U) return ZAN_REFUSE(op, ZAN_StsBadArg, "(res->depth!=ZAN_DEPTH_1U)", ZAN_StsBadArg);
@@ -74,11 +73,6 @@ ZanStatus imageForm(const Op& op, ZanImage* img1, ZanImage* img2, ZanImage* res,
     return compareImages(op, *img1, *img2, *res, spec);
 }
 
-const Op kLess{"zanLess", "zanComp"}, kGreater{"zanGreater", "zanComp"}, kEqual{"zanEqual", "zanComp"},
-    kEqualFPEps{"zanEqualFPEps", "zanComp"}, kLessS{"zanLessS", "zanComp"}, kGreaterS{"zanGreaterS", "zanComp"},
-    kEqualS{"zanEqualS", "zanComp"}, kLessSFP{"zanLessSFP", "zanComp"}, kGreaterSFP{"zanGreaterSFP", "zanComp"},
-    kEqualSFP{"zanEqualSFP", "zanComp"}, kEqualSFPEps{"zanEqualSFPEps", "zanComp"};
-
 // Nothing may escape the export: an engine failure becomes a reported status.
 template <class F>
 ZanStatus guardedStatus(const Op& op, F body) noexcept {
@@ -87,46 +81,57 @@ ZanStatus guardedStatus(const Op& op, F body) noexcept {
     return s;
 }
 
+ZanStatus constantForm(const char* name, Relation rel, ZanImage* img, double value, ZanImage* res, bool floatForm,
+                       float eps = 0.0f, bool withEps = false) {
+    const Op op{name, "zanComp"};
+    return guardedStatus(op, [&] { return constantChecks(op, img, value, res, rel, floatForm, eps, withEps); });
+}
+
+ZanStatus imageForm(const char* name, Relation rel, ZanImage* img1, ZanImage* img2, ZanImage* res, float eps = 0.0f,
+                    bool withEps = false) {
+    const Op op{name, "zanComp"};
+    return guardedStatus(op, [&] { return imageChecks(op, img1, img2, res, rel, eps, withEps); });
+}
+
 }  // namespace
 }  // namespace zan
 
 using namespace zan;
 
+extern "C" {
+
 ZAN_API ZanStatus ZAN_STDCALL zanLess(ZanImage* img1, ZanImage* img2, ZanImage* res) {
-    return guardedStatus(kLess, [&] { return imageForm(kLess, img1, img2, res, Relation::Less); });
+    return imageForm("zanLess", Relation::Less, img1, img2, res);
 }
 ZAN_API ZanStatus ZAN_STDCALL zanGreater(ZanImage* img1, ZanImage* img2, ZanImage* res) {
-    return guardedStatus(kGreater, [&] { return imageForm(kGreater, img1, img2, res, Relation::Greater); });
+    return imageForm("zanGreater", Relation::Greater, img1, img2, res);
 }
 ZAN_API ZanStatus ZAN_STDCALL zanEqual(ZanImage* img1, ZanImage* img2, ZanImage* res) {
-    return guardedStatus(kEqual, [&] { return imageForm(kEqual, img1, img2, res, Relation::Equal); });
+    return imageForm("zanEqual", Relation::Equal, img1, img2, res);
 }
 ZAN_API ZanStatus ZAN_STDCALL zanEqualFPEps(ZanImage* img1, ZanImage* img2, ZanImage* res, float eps) {
-    return guardedStatus(kEqualFPEps,
-                         [&] { return imageForm(kEqualFPEps, img1, img2, res, Relation::Near, eps, true); });
+    return imageForm("zanEqualFPEps", Relation::Near, img1, img2, res, eps, true);
 }
 ZAN_API ZanStatus ZAN_STDCALL zanLessS(ZanImage* img, int value, ZanImage* res) {
-    return guardedStatus(kLessS, [&] { return constantForm(kLessS, img, value, res, Relation::Less, false); });
+    return constantForm("zanLessS", Relation::Less, img, value, res, false);
 }
 ZAN_API ZanStatus ZAN_STDCALL zanGreaterS(ZanImage* img, int value, ZanImage* res) {
-    return guardedStatus(kGreaterS,
-                         [&] { return constantForm(kGreaterS, img, value, res, Relation::Greater, false); });
+    return constantForm("zanGreaterS", Relation::Greater, img, value, res, false);
 }
 ZAN_API ZanStatus ZAN_STDCALL zanEqualS(ZanImage* img, int value, ZanImage* res) {
-    return guardedStatus(kEqualS, [&] { return constantForm(kEqualS, img, value, res, Relation::Equal, false); });
+    return constantForm("zanEqualS", Relation::Equal, img, value, res, false);
 }
 ZAN_API ZanStatus ZAN_STDCALL zanLessSFP(ZanImage* img, float value, ZanImage* res) {
-    return guardedStatus(kLessSFP, [&] { return constantForm(kLessSFP, img, value, res, Relation::Less, true); });
+    return constantForm("zanLessSFP", Relation::Less, img, value, res, true);
 }
 ZAN_API ZanStatus ZAN_STDCALL zanGreaterSFP(ZanImage* img, float value, ZanImage* res) {
-    return guardedStatus(kGreaterSFP,
-                         [&] { return constantForm(kGreaterSFP, img, value, res, Relation::Greater, true); });
+    return constantForm("zanGreaterSFP", Relation::Greater, img, value, res, true);
 }
 ZAN_API ZanStatus ZAN_STDCALL zanEqualSFP(ZanImage* img, float value, ZanImage* res) {
-    return guardedStatus(kEqualSFP, [&] { return constantForm(kEqualSFP, img, value, res, Relation::Equal, true); });
+    return constantForm("zanEqualSFP", Relation::Equal, img, value, res, true);
 }
 ZAN_API ZanStatus ZAN_STDCALL zanEqualSFPEps(ZanImage* img, float value, ZanImage* res, float eps) {
-    return guardedStatus(kEqualSFPEps, [&] {
-        return constantForm(kEqualSFPEps, img, value, res, Relation::Near, true, eps, true);
-    });
+    return constantForm("zanEqualSFPEps", Relation::Near, img, value, res, true, eps, true);
 }
+
+}  // extern "C"

@@ -4,8 +4,9 @@
 #include <cstring>
 #include <vector>
 
-#include "arith/bitrow.h"
 #include "arith/sample_read.h"
+#include "core/bits.h"
+#include "core/depth.h"
 #include "core/frame.h"
 #include "core/view.h"
 #include "kernels/scalar_kernels.h"
@@ -52,26 +53,49 @@ void resultRow(const Pixel& px, int y, int w, const Pred& pred, Load load, Secon
 // The 8U constant forms on contiguous channel rows take the SIMD row and AND
 // the channels' rows together.
 bool fastConstant8u(const Pixel& px, int y, int w, Relation rel, int value, uint8_t* bits, uint8_t* tmp) {
-    if (px.view->depth != ZAN_DEPTH_8U || px.view->pixelStep != 1 || rel == Relation::Near) return false;
-    if (value < 0 || value > 255) return false;
+    const View& v = *px.view;
+    // Contiguous samples: one channel's plane row, or every channel of a pixel row.
+    const bool planeRows = v.pixelStep == 1;
+    const bool pixelRow = px.ch.first == 0 && px.ch.count == v.pixelStep && !planeRows;
+    if (v.depth != ZAN_DEPTH_8U || rel == Relation::Near || !(planeRows || pixelRow)) return false;
     kern::CmpRow8u row = kern::cmpRow8u(rel == Relation::Less      ? kern::Rel::Less
                                         : rel == Relation::Greater ? kern::Rel::Greater
                                                                    : kern::Rel::Equal,
                                         kern::bestIsa());
-    size_t bytes = size_t(w + 7) / 8;
+    auto rowOf = [&](int c) { return reinterpret_cast<const uint8_t*>(v.channel(c) + ptrdiff_t(y) * v.rowStep); };
+    const size_t bytes = size_t(w + 7) / 8;
+    if (pixelRow) {
+        // One bit per sample, then a pixel holds when all of its samples do.
+        const int n = px.ch.count;
+        row(rowOf(0), tmp, ptrdiff_t(w) * n, value);
+        std::memset(bits, 0, bytes);
+        for (int i = 0; i < w; ++i) {
+            bool on = true;
+            for (int k = 0; k < n && on; ++k) on = bitAt(tmp, 0, i * n + k);
+            if (on) bits[i >> 3] = uint8_t(bits[i >> 3] | (0x80u >> (i & 7)));
+        }
+        return true;
+    }
     for (int k = 0; k < px.ch.count; ++k) {
-        const uint8_t* s = reinterpret_cast<const uint8_t*>(px.view->channel(px.ch.first + k) + ptrdiff_t(y) * px.view->rowStep);
-        row(s, k == 0 ? bits : tmp, w, value);
+        row(rowOf(px.ch.first + k), k == 0 ? bits : tmp, w, value);
         if (k) for (size_t j = 0; j < bytes; ++j) bits[j] &= tmp[j];
     }
     return true;
 }
 
-// Writes one result row where the mask (if any) allows.
-void storeRow(const View& res, const View* mask, int y, const uint8_t* bits, int w) {
+// Writes one result row where the mask (if any) allows; keep is scratch for
+// the mask row realigned to the row's first pixel.
+void storeRow(const View& res, const View* mask, int y, const uint8_t* bits, int w, uint8_t* keep) {
     uint8_t* out = reinterpret_cast<uint8_t*>(res.data + ptrdiff_t(y) * res.rowStep);
-    const uint8_t* m = mask ? reinterpret_cast<const uint8_t*>(mask->data + ptrdiff_t(y) * mask->rowStep) : nullptr;
-    writeBits(out, res.bitOffset, bits, w, [&](int k) { return m ? bitsByte(m, mask->bitOffset, k, w) : 0xFFu; });
+    if (!mask) {
+        // Whole bytes go as they are when the row starts on a byte; the rest is merged.
+        int whole = res.bitOffset == 0 ? w / 8 : 0;
+        std::memcpy(out, bits, size_t(whole));
+        scatterBits(bits + whole, w - 8 * whole, nullptr, out + whole, res.bitOffset);
+        return;
+    }
+    gatherBits(reinterpret_cast<const uint8_t*>(mask->data + ptrdiff_t(y) * mask->rowStep), mask->bitOffset, w, keep);
+    scatterBits(bits, w, keep, out, res.bitOffset);
 }
 
 // Walks the common rectangle of the sources, res and the masks, and calls
@@ -83,11 +107,13 @@ ZanStatus walk(const Op& op, ZanImage* const* sources, int nSources, ZanImage& r
     images[nSources] = {&res, true, "Error get tile to write", ZAN_StsError};
     PointFrame frame(op, images, nSources + 1);
     if (!frame.begin()) return zanGetErrStatus() == ZAN_StsNoMem ? ZAN_StsNoMem : ZAN_StsOk;
-    std::vector<uint8_t> bits(size_t(frame.width() + 7) / 8 + 1), tmp(bits.size());
+    const size_t bytes = size_t(frame.width() + 7) / 8 + 1;
+    // tmp holds a bit per sample of a pixel row.
+    std::vector<uint8_t> bits(bytes), keep(bytes), tmp(bytes * size_t(sources[0]->nChannels));
     bool ok = frame.forEachBlock([&](const View* v, const View* mask, int w, int h) {
         for (int y = 0; y < h; ++y) {
             rowFn(v, y, w, bits.data(), tmp.data());
-            storeRow(v[nSources], mask, y, bits.data(), w);
+            storeRow(v[nSources], mask, y, bits.data(), w, keep.data());
         }
     });
     return ok ? ZAN_StsOk : ZAN_StsError;
@@ -102,8 +128,14 @@ ZanStatus compareWithConstant(const Op& op, ZanImage& img, ZanImage& res, const 
     const bool integer = img.depth != ZAN_DEPTH_32F;
     const double value = spec.value;
     const float fvalue = float(spec.value);
+    const DepthRange range = depthRange(img.depth);
     return walk(op, src, 1, res, [&](const View* v, int y, int w, uint8_t* bits, uint8_t* tmp) {
         Pixel px{&v[0], ch};
+        if (integer && (value < range.lo || value > range.hi)) {
+            // Every sample relates to the constant alike: take the outcome of any.
+            std::memset(bits, pred(range.lo, value) ? 0xFF : 0x00, size_t(w + 7) / 8);
+            return;
+        }
         if (integer && fastConstant8u(px, y, w, spec.rel, int(value), bits, tmp)) return;
         withSampleReader(img.depth, [&](auto load) {
             if (integer) {

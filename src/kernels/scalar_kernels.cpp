@@ -2,7 +2,6 @@
 
 #include <limits>
 
-#include "kernels/scalar_variants.h"
 
 namespace zan {
 namespace kern {
@@ -75,48 +74,26 @@ struct ReverseTable {
 };
 constexpr ReverseTable kTable;
 
-template <class T>
-ScalarRow<T> pick(UOp op, const ScalarRow<T> (&table)[3]) {
-    return table[static_cast<int>(op)];
+const ConstKernels kScalar = {
+    {ref::sub<uint8_t>, ref::revSub<uint8_t>, ref::mul<uint8_t>},
+    {ref::sub<uint16_t>, ref::revSub<uint16_t>, ref::mul<uint16_t>},
+    {ref::cmp8u<Rel::Less>, ref::cmp8u<Rel::Greater>, ref::cmp8u<Rel::Equal>},
+};
+
+const ConstKernels& kernelsFor(Isa isa) {
+    const ConstKernels* k = nullptr;
+    if (isa == Isa::Avx2) k = avx2ConstKernels();
+    if (isa == Isa::Sse2) k = sse2ConstKernels();
+    return k ? *k : kScalar;
 }
 
 }  // namespace
 
 const uint8_t* const kReverseBits = kTable.v;
 
-ScalarRow<uint8_t> constRow8u(UOp op, Isa isa) {
-    static const ScalarRow<uint8_t> scalar[3] = {ref::sub<uint8_t>, ref::revSub<uint8_t>, ref::mul<uint8_t>};
-#if ZAN_KERNELS_X86
-    static const ScalarRow<uint8_t> sse[3] = {sse2::sub8u, sse2::revSub8u, sse2::mul8u};
-    static const ScalarRow<uint8_t> avx[3] = {avx2::sub8u, avx2::revSub8u, avx2::mul8u};
-    if (isa == Isa::Avx2) return pick(op, avx);
-    if (isa == Isa::Sse2) return pick(op, sse);
-#endif
-    return pick(op, scalar);
-}
-
-ScalarRow<uint16_t> constRow16u(UOp op, Isa isa) {
-    static const ScalarRow<uint16_t> scalar[3] = {ref::sub<uint16_t>, ref::revSub<uint16_t>,
-                                                  ref::mul<uint16_t>};
-#if ZAN_KERNELS_X86
-    static const ScalarRow<uint16_t> sse[3] = {sse2::sub16u, sse2::revSub16u, sse2::mul16u};
-    static const ScalarRow<uint16_t> avx[3] = {avx2::sub16u, avx2::revSub16u, avx2::mul16u};
-    if (isa == Isa::Avx2) return pick(op, avx);
-    if (isa == Isa::Sse2) return pick(op, sse);
-#endif
-    return pick(op, scalar);
-}
-
-CmpRow8u cmpRow8u(Rel rel, Isa isa) {
-    static const CmpRow8u scalar[3] = {ref::cmp8u<Rel::Less>, ref::cmp8u<Rel::Greater>, ref::cmp8u<Rel::Equal>};
-#if ZAN_KERNELS_X86
-    static const CmpRow8u sse[3] = {sse2::less8u, sse2::greater8u, sse2::equal8u};
-    static const CmpRow8u avx[3] = {avx2::less8u, avx2::greater8u, avx2::equal8u};
-    if (isa == Isa::Avx2) return avx[static_cast<int>(rel)];
-    if (isa == Isa::Sse2) return sse[static_cast<int>(rel)];
-#endif
-    return scalar[static_cast<int>(rel)];
-}
+ScalarRow<uint8_t> constRow8u(UOp op, Isa isa) { return kernelsFor(isa).row8u[static_cast<int>(op)]; }
+ScalarRow<uint16_t> constRow16u(UOp op, Isa isa) { return kernelsFor(isa).row16u[static_cast<int>(op)]; }
+CmpRow8u cmpRow8u(Rel rel, Isa isa) { return kernelsFor(isa).cmp8u[static_cast<int>(rel)]; }
 
 }  // namespace kern
 }  // namespace zan

@@ -45,6 +45,15 @@ template <Rel R>
 void cmp8u(const uint8_t* s, uint8_t* bits, ptrdiff_t n, int c);
 }  // namespace ref
 
+// The kernels of one instruction set, indexed by UOp and Rel.
+struct ConstKernels {
+    ScalarRow<uint8_t> row8u[3];
+    ScalarRow<uint16_t> row16u[3];
+    CmpRow8u cmp8u[3];
+};
+const ConstKernels* sse2ConstKernels();  // null where the build has no such variant
+const ConstKernels* avx2ConstKernels();
+
 // A byte with its bit order reversed: turns a lane mask (first sample in bit 0)
 // into the images' order (first pixel in bit 7).
 extern const uint8_t* const kReverseBits;

@@ -1,0 +1,43 @@
+// The SSE2 and AVX2 variants of the image-constant kernels: the same source
+// (scalar_simd.inc) compiled once per instruction set.
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+#include "kernels/scalar_kernels.h"
+#include "kernels/target.h"
+
+#if ZAN_KERNELS_X86
+#include <immintrin.h>
+
+namespace zan {
+namespace kern {
+
+ZAN_TARGET_BEGIN("sse2")
+namespace sse2 {
+#include "kernels/vec_sse2.inc"
+#include "kernels/scalar_simd.inc"
+}  // namespace sse2
+ZAN_TARGET_END
+
+ZAN_TARGET_BEGIN("avx2")
+namespace avx2 {
+#include "kernels/vec_avx2.inc"
+#include "kernels/scalar_simd.inc"
+}  // namespace avx2
+ZAN_TARGET_END
+
+const ConstKernels* sse2ConstKernels() { return &sse2::kKernels; }
+const ConstKernels* avx2ConstKernels() { return &avx2::kKernels; }
+
+}  // namespace kern
+}  // namespace zan
+
+#else
+namespace zan {
+namespace kern {
+const ConstKernels* sse2ConstKernels() { return nullptr; }
+const ConstKernels* avx2ConstKernels() { return nullptr; }
+}  // namespace kern
+}  // namespace zan
+#endif
