@@ -4,6 +4,7 @@
 #include <cstring>
 #include <functional>
 #include <random>
+#include <vector>
 
 #include "composite_model.h"
 #include "test_support.h"
@@ -12,20 +13,19 @@ namespace {
 
 using zantest::Image;
 
-unsigned get(const Image& im, int x, int y, int c) {
+unsigned char* at(const Image& im, int x, int y, int c) {
     int bytes = im->depth / 8;
-    const unsigned char* p = im->dataOrder ? im.row(y, c) + x * bytes : im.row(y) + (x * im->nChannels + c) * bytes;
-    if (bytes == 1) return *p;
-    uint16_t v;
-    std::memcpy(&v, p, 2);
-    return v;
+    return im->dataOrder ? im.row(y, c) + x * bytes : im.row(y) + (x * im->nChannels + c) * bytes;
 }
-
+unsigned get(const Image& im, int x, int y, int c) {
+    const unsigned char* p = at(im, x, y, c);
+    uint16_t v;
+    return im->depth == 8 ? *p : (std::memcpy(&v, p, 2), v);
+}
 void put(const Image& im, int x, int y, int c, unsigned v) {
-    int bytes = im->depth / 8;
-    unsigned char* p = im->dataOrder ? im.row(y, c) + x * bytes : im.row(y) + (x * im->nChannels + c) * bytes;
-    if (bytes == 1) *p = static_cast<unsigned char>(v);
-    else { uint16_t s = static_cast<uint16_t>(v); std::memcpy(p, &s, 2); }
+    uint16_t s = static_cast<uint16_t>(v);
+    if (im->depth == 8) *at(im, x, y, c) = static_cast<unsigned char>(v);
+    else std::memcpy(at(im, x, y, c), &s, 2);
 }
 
 void randomize(const Image& im, std::mt19937& rng) {
@@ -39,12 +39,8 @@ void randomize(const Image& im, std::mt19937& rng) {
             }
 }
 
-bool sameSamples(const Image& a, const Image& b) {
-    for (int y = 0; y < a->height; ++y)
-        for (int x = 0; x < a->width; ++x)
-            for (int c = 0; c < a->nChannels; ++c)
-                if (get(a, x, y, c) != get(b, x, y, c)) return false;
-    return true;
+bool sameBytes(const Image& a, const Image& b) {
+    return a->imageSize == b->imageSize && std::memcmp(a->imageData, b->imageData, size_t(a->imageSize)) == 0;
 }
 
 using Opacity = std::function<unsigned(int x, int y)>;
@@ -134,7 +130,7 @@ TEST_P(AlphaComposite, PreMultiplyByConstantOrOwnAlpha) {
     randomize(rgb, rng);
     std::memcpy(copy->imageData, rgb->imageData, size_t(rgb->imageSize));
     zanPreMultiplyAlpha(rgb, int(top) * 2);  // beyond opaque: clamped, so unchanged
-    EXPECT_TRUE(sameSamples(rgb, copy));
+    EXPECT_TRUE(sameBytes(rgb, copy));
     zanPreMultiplyAlpha(rgb, 0);
     for (int x = 0; x < 19; ++x) EXPECT_EQ(get(rgb, x, 1, 2), 0u);
     EXPECT_TRUE(log.empty());
@@ -204,13 +200,29 @@ TEST_F(AlphaLayout, TiledImages) {
     ASSERT_TRUE(log.empty());
     Image out(4, 8, 40, 20, 0, 4, 4);
     zantest::untile(d, sd, out);
-    EXPECT_TRUE(sameSamples(out, plain));
+    EXPECT_TRUE(sameBytes(out, plain));
 
     sa.failGets = true;
     zanAlphaComposite(a, b, d, ZAN_COMPOSITE_ATOP, nullptr, nullptr, nullptr, 0, 0);
     ASSERT_EQ(log.reports().size(), 1u);
     EXPECT_EQ(log.last().status, ZAN_StsError);
     EXPECT_EQ(log.last().context, "ERROR in Tiling callBack");
+}
+
+// A caller's 16U pixels at an odd address: read and written without
+// misaligned accesses, with the same result as aligned ones.
+TEST_F(AlphaLayout, UnalignedCallerPixels) {
+    std::mt19937 rng(17);
+    Image a(4, 16, 13, 3, 0, 4, 4), b(4, 16, 13, 3, 0, 4, 4), d(4, 16, 13, 3, 0, 4, 4);
+    randomize(a, rng), randomize(b, rng);
+    std::vector<char> block(size_t(a->imageSize) + 1);
+    std::memcpy(block.data() + 1, a->imageData, size_t(a->imageSize));
+    ZanImage odd = *a.im;
+    odd.imageData = block.data() + 1;
+    zanAlphaComposite(a, b, d, ZAN_COMPOSITE_OVER, nullptr, nullptr, nullptr, 0, 0);
+    zanAlphaComposite(&odd, b, &odd, ZAN_COMPOSITE_OVER, nullptr, nullptr, nullptr, 0, 0);
+    ASSERT_TRUE(log.empty());
+    EXPECT_EQ(std::memcmp(block.data() + 1, d->imageData, size_t(d->imageSize)), 0);
 }
 
 // One failed check each: the first failing one is reported, with its text,
@@ -241,19 +253,13 @@ TEST_F(AlphaLayout, ChecksInOrder) {
          ZAN_StsBadImageSize},
         {"dstImage->alphaChannel > 0 && dstImage->roi->coi == dstImage->alphaChannel",
          [&](ZanImage* a, ZanImage* b, ZanImage* d) { withRoi(d, &coi4); composite(a, b, d, 9); }},
-        {"srcImageB->alphaChannel > 0 && srcImageB->roi->coi == srcImageB->alphaChannel",
-         [&](ZanImage* a, ZanImage* b, ZanImage* d) { withRoi(b, &coi4); composite(a, b, d); }},
         {"srcImageA->depth != dstImage->depth",
          [&](ZanImage*, ZanImage* b, ZanImage* d) { composite(gray16, b, d); }},
-        {"dstImage->roi->coi > 0 && srcImageA->roi == 0",
-         [&](ZanImage* a, ZanImage* b, ZanImage* d) { withRoi(d, &coi2); composite(a, b, d); }},
         {"dstImage->roi->coi > 0 && srcImageB->roi->coi == 0",
          [&](ZanImage* a, ZanImage* b, ZanImage* d) {
              withRoi(d, &coi2), withRoi(a, &coi2), withRoi(b, &coi0);
              composite(a, b, d);
          }},
-        {"srcImageA->roi->coi > 0 && dstImage->roi == 0",
-         [&](ZanImage* a, ZanImage* b, ZanImage* d) { withRoi(a, &coi2); composite(a, b, d); }},
         {"srcImageB->roi->coi > 0 && dstImage->roi->coi == 0",
          [&](ZanImage* a, ZanImage* b, ZanImage* d) { withRoi(b, &coi2), withRoi(d, &coi0); composite(a, b, d); }},
         {"(srcImageA->nChannels - (srcImageA->alphaChannel != 0)) != (dstImage->nChannels - (dstImage->alphaChannel "
@@ -279,17 +285,10 @@ TEST_F(AlphaLayout, ChecksInOrder) {
         {"srcImageB->alphaChannel < 1",
          [&](ZanImage* a, ZanImage*, ZanImage* d) { zanAlphaCompositeC(a, rgb, d, 9, 0, -1, 0, 0); },
          ZAN_StsBadArg, "zanAlphaCompositeC"},
-        {"compositeType != 0 && compositeType != 1 && compositeType != 2 && compositeType != 3 && compositeType != 4 "
-         "&& compositeType != 5",
-         [&](ZanImage* a, ZanImage*, ZanImage* d) { zanAlphaCompositeC(a, rgb, d, 9, 0, 0, 0, 0); },
-         ZAN_StsBadArg, "zanAlphaCompositeC"},
         {"image==0", [&](ZanImage*, ZanImage*, ZanImage*) { zanPreMultiplyAlpha(nullptr, 0); }, ZAN_StsBadArg,
          "zanPreMultiplyAlpha"},
         {"image->depth != 8 && image->depth != 16", [&](ZanImage*, ZanImage*, ZanImage*) { zanPreMultiplyAlpha(s8, 0); },
          ZAN_StsBadArg, "zanPreMultiplyAlpha"},
-        {"image->alphaChannel > 0 && image->roi->coi == image->alphaChannel",
-         [&](ZanImage*, ZanImage*, ZanImage* d) { withRoi(d, &coi4); zanPreMultiplyAlpha(d, 0); }, ZAN_StsBadArg,
-         "zanPreMultiplyAlpha"},
         {"image->alphaChannel < 1", [&](ZanImage*, ZanImage*, ZanImage*) { zanPreMultiplyAlpha(rgb, -1); },
          ZAN_StsBadArg, "zanPreMultiplyAlpha"},
     };

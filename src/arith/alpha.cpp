@@ -159,30 +159,47 @@ bool checkMasks(const Op& op, const FrameImage* images, int n, const char* alpha
     return true;
 }
 
-// Frame images and job of a composition; opacity images may be null.
+// Frame images and job of a composition: sources first, then outputs.
 struct CompositeCall {
     FrameImage images[PointFrame::kMaxImages];
     int n = 0;
     CompositeJob job;
 
+    CompositeCall() = default;
+    CompositeCall(ZanImage* a, ZanImage* b, int compositeType, int premulAlpha, int divideMode) {
+        job.rule = compositeType;
+        job.premulIn = premulAlpha == 1;
+        job.divide = divideMode == 1;
+        job.imgA = add(a, false);
+        job.imgB = add(b, false);
+    }
     int add(ZanImage* im, bool write) {
         images[n] = {im, write, kTileText, ZAN_StsError};
         return n++;
     }
+    // From an opacity image, else from the owner's alpha channel.
     OpacityFrom opacity(ZanImage* alpha, int owner) {
         if (!alpha) return {owner, images[owner].image->alphaChannel - 1, 0};
         return {add(alpha, false), opacityChannel(*alpha), 0};
+    }
+    // A constant clamped to the depth's range; negative: the owner's alpha channel.
+    OpacityFrom opacity(int value, int owner) {
+        if (value < 0) return opacity(nullptr, owner);
+        return {-1, 0, std::min(unsigned(value), unsigned(maxOf(images[owner].image)))};
+    }
+    // The destination's alpha channel takes the result opacity, unless a
+    // channel of interest keeps the rest of the destination untouched.
+    void opacityToDestination() {
+        const ZanImage* d = images[job.imgD].image;
+        if (d->alphaChannel > 0 && coiOf(d) == 0) {
+            job.alphaOut = job.imgD;
+            job.alphaOutChannel = d->alphaChannel - 1;
+        }
     }
     void run(const Op& op, const char* maskText) {
         if (checkMasks(op, images, n, maskText)) runComposite(op, job, images, n);
     }
 };
-
-void setModes(CompositeJob& job, int compositeType, int premulAlpha, int divideMode) {
-    job.rule = compositeType;
-    job.premulIn = premulAlpha == 1;
-    job.divide = divideMode == 1;
-}
 
 }  // namespace
 }  // namespace zan
@@ -201,20 +218,16 @@ ZAN_API void ZAN_STDCALL zanAlphaComposite(ZanImage* srcImageA, ZanImage* srcIma
             return;
         if (!checkModes(op, compositeType, premulAlpha, divideMode)) return;
 
-        CompositeCall call;
+        CompositeCall call(srcImageA, srcImageB, compositeType, premulAlpha, divideMode);
         CompositeJob& job = call.job;
-        setModes(job, compositeType, premulAlpha, divideMode);
-        job.imgA = call.add(srcImageA, false);
-        job.imgB = call.add(srcImageB, false);
         job.alphaA = call.opacity(alphaImageA, job.imgA);
         job.alphaB = call.opacity(alphaImageB, job.imgB);
         job.imgD = call.add(dstImage, true);
         if (alphaImageDst) {
             job.alphaOut = call.add(alphaImageDst, true);
             job.alphaOutChannel = opacityChannel(*alphaImageDst);
-        } else if (coiOf(dstImage) == 0) {  // a channel of interest keeps the rest untouched
-            job.alphaOut = job.imgD;
-            job.alphaOutChannel = dstImage->alphaChannel - 1;
+        } else {
+            call.opacityToDestination();
         }
         call.run(op, kMaskText);
     });
@@ -229,19 +242,12 @@ ZAN_API void ZAN_STDCALL zanAlphaCompositeC(ZanImage* srcImageA, ZanImage* srcIm
         if ((aA < 0 && !ownAlpha(op, srcImageA, kTextsA)) || (aB < 0 && !ownAlpha(op, srcImageB, kTextsB))) return;
         if (!checkModes(op, compositeType, premulAlpha, divideMode)) return;
 
-        CompositeCall call;
+        CompositeCall call(srcImageA, srcImageB, compositeType, premulAlpha, divideMode);
         CompositeJob& job = call.job;
-        setModes(job, compositeType, premulAlpha, divideMode);
-        job.imgA = call.add(srcImageA, false);
-        job.imgB = call.add(srcImageB, false);
         job.imgD = call.add(dstImage, true);
-        unsigned top = unsigned(maxOf(dstImage));
-        job.alphaA = aA < 0 ? call.opacity(nullptr, job.imgA) : OpacityFrom{-1, 0, std::min(unsigned(aA), top)};
-        job.alphaB = aB < 0 ? call.opacity(nullptr, job.imgB) : OpacityFrom{-1, 0, std::min(unsigned(aB), top)};
-        if (dstImage->alphaChannel > 0 && coiOf(dstImage) == 0) {
-            job.alphaOut = job.imgD;
-            job.alphaOutChannel = dstImage->alphaChannel - 1;
-        }
+        job.alphaA = call.opacity(aA, job.imgA);
+        job.alphaB = call.opacity(aB, job.imgB);
+        call.opacityToDestination();
         call.run(op, kMaskText);
     });
 }
@@ -266,9 +272,7 @@ ZAN_API void ZAN_STDCALL zanPreMultiplyAlpha(ZanImage* image, int alphaValue) {
         job.rule = ZAN_COMPOSITE_IN;
         job.premulIn = true;
         job.imgA = job.imgB = job.imgD = call.add(image, true);
-        unsigned top = unsigned(maxOf(image));
-        job.alphaB = alphaValue < 0 ? call.opacity(nullptr, job.imgD)
-                                    : OpacityFrom{-1, 0, std::min(unsigned(alphaValue), top)};
+        job.alphaB = call.opacity(alphaValue, job.imgD);
         call.run(op, "mROI->alphaChannel > 0 && mROI->alphaChannel != mROI->nChannels");
     });
 }

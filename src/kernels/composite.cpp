@@ -88,11 +88,13 @@ using Ref16 = Ref<uint16_t, R, P>;
 template <class T>
 Rows<T> rows(kern::Isa isa, int rule, bool premulIn) {
     if (isa > kern::bestIsa()) return {};
+#if defined(__x86_64__) || defined(__i386__) || defined(_M_X64) || defined(_M_IX86)
     switch (isa) {
         case kern::Isa::Sse2: return sse2::rows<T>(rule, premulIn);
         case kern::Isa::Avx2: return avx2::rows<T>(rule, premulIn);
         default: break;
     }
+#endif
     if constexpr (sizeof(T) == 1)
         return scalar::selectRule<scalar::Ref8>(rule, premulIn);
     else

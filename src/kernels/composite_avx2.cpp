@@ -12,8 +12,7 @@
 
 namespace zan {
 namespace composite {
-namespace avx2 {
-namespace {
+namespace avx2 {  // a namespace of its own: no instantiation meets another set's
 
 #define ZAN_REG __m256i
 #define ZAN_MM(op) _mm256_##op
@@ -23,13 +22,6 @@ namespace {
 #undef ZAN_REG
 #undef ZAN_MM
 #undef ZAN_SI
-
-}  // namespace
-
-template <class T>
-Rows<T> rows(int rule, bool premulIn) {
-    return simdRows<T>(rule, premulIn);
-}
 
 }  // namespace avx2
 }  // namespace composite
@@ -41,20 +33,4 @@ Rows<T> rows(int rule, bool premulIn) {
 #pragma GCC pop_options
 #endif
 
-#else  // no x86: no SIMD rows
-
-namespace zan {
-namespace composite {
-namespace avx2 {
-template <class T>
-Rows<T> rows(int, bool) {
-    return {};
-}
-}  // namespace avx2
-}  // namespace composite
-}  // namespace zan
-
-#endif
-
-template zan::composite::Rows<uint8_t> zan::composite::avx2::rows<uint8_t>(int, bool);
-template zan::composite::Rows<uint16_t> zan::composite::avx2::rows<uint16_t>(int, bool);
+#endif  // x86

@@ -1,7 +1,7 @@
 // The SIMD compositing rows, written once against the shared vector type V
 // (kernels/vec_x86.inc) that the including file defines, with its ZAN_MM
-// macro still in force. Included inside that file's own anonymous namespace;
-// no include guard.
+// macro still in force. Included inside that file's own namespace (which
+// composite_isa.h declares rows() in); no include guard.
 //
 // 8U samples are widened to 16-bit lanes, so one step handles I::kBytes
 // samples for either depth. Tails go to the scalar reference, so the loops
@@ -141,9 +141,12 @@ template <class R, bool P>
 using Simd16 = Simd<uint16_t, R, P>;
 
 template <class T>
-Rows<T> simdRows(int rule, bool premulIn) {
+Rows<T> rows(int rule, bool premulIn) {
     if constexpr (sizeof(T) == 1)
         return selectRule<Simd8>(rule, premulIn);
     else
         return selectRule<Simd16>(rule, premulIn);
 }
+
+template Rows<uint8_t> rows<uint8_t>(int, bool);
+template Rows<uint16_t> rows<uint16_t>(int, bool);
