@@ -17,7 +17,7 @@ namespace zanfuzz {
 
 // Inputs whose images would be too big to run quickly are skipped.
 constexpr int64_t kMaxBlock = int64_t(1) << 24;
-constexpr int64_t kMaxPixels = int64_t(1) << 22;
+constexpr int64_t kMaxPixels = int64_t(1) << 18;
 
 inline std::unique_ptr<uint8_t[]> exactCopy(const uint8_t* data, size_t size, int64_t bytes) {
     std::unique_ptr<uint8_t[]> block(new uint8_t[size_t(std::max<int64_t>(bytes, 1))]());

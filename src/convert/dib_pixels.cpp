@@ -47,21 +47,6 @@ Walk walkOf(const ZanImage& im, int y) {
     return w;
 }
 
-// BGRA -> the image's channel order (gray for gray images).
-void arrange(Seq seq, const uint8_t* p, uint8_t* s) {
-    switch (seq) {
-        case Seq::Gray: {
-            // Weights sum to 256; the result is truncated.
-            uint8_t g = static_cast<uint8_t>((77 * p[2] + 151 * p[1] + 28 * p[0]) >> 8);
-            s[0] = s[1] = s[2] = g;
-            break;
-        }
-        case Seq::RGB: s[0] = p[2]; s[1] = p[1]; s[2] = p[0]; break;
-        default: s[0] = p[0]; s[1] = p[1]; s[2] = p[2]; break;
-    }
-    s[3] = p[3];
-}
-
 }  // namespace
 
 Field fieldOf(uint32_t mask) {
@@ -191,53 +176,95 @@ bool imageFormatOk(const ZanImage& im) {
     return false;
 }
 
-void writeImageRow(const ZanImage& im, Seq seq, int y, const uint8_t* bgra, int n) {
-    Walk w = walkOf(im, y);
-    uint8_t s[4];
+bool sameRowBytes(const ZanBitmapInfoHeader& h, const ZanImage& im, Seq seq) {
+    if (im.depth != ZAN_DEPTH_8U || im.dataOrder != ZAN_DATA_ORDER_PIXEL || seq != Seq::BGR) return false;
+    if (h.biBitCount == 24) return im.nChannels == 3;
+    return h.biBitCount == 32 && h.biCompression == ZAN_BI_RGB && im.nChannels == 4;
+}
+
+void arrangeRow(Seq seq, uint8_t* bgra, int n) {
+    if (seq == Seq::RGB) {
+        for (int x = 0; x < n; ++x, bgra += 4) std::swap(bgra[0], bgra[2]);
+    } else if (seq == Seq::Gray) {
+        for (int x = 0; x < n; ++x, bgra += 4)
+            // Weights sum to 256; the result is truncated.
+            bgra[0] = bgra[1] = bgra[2] = static_cast<uint8_t>((77 * bgra[2] + 151 * bgra[1] + 28 * bgra[0]) >> 8);
+    }
+}
+
+namespace {
+
+// Channel c of n pixels between the 4-byte rows and the image's samples.
+template <class T>
+void storeChannel(const uint8_t* s, int n, int c, char* first, int step) {
+    T* d = reinterpret_cast<T*>(first);
+    const int up = sizeof(T) == 2 ? 8 : 0;  // 16-bit samples take the byte as their high byte
     for (int x = 0; x < n; ++x) {
-        arrange(seq, bgra + 4 * x, s);
-        if (im.depth == ZAN_DEPTH_1U) {
+        T v = static_cast<T>(s[4 * x + c] << up);
+        std::memcpy(d + std::ptrdiff_t(x) * step, &v, sizeof(T));
+    }
+}
+template <class T>
+void loadChannel(const char* first, int step, int n, int c, uint8_t* s) {
+    const T* p = reinterpret_cast<const T*>(first);
+    const int down = sizeof(T) == 2 ? 8 : 0;
+    for (int x = 0; x < n; ++x) {
+        T v;
+        std::memcpy(&v, p + std::ptrdiff_t(x) * step, sizeof(T));
+        s[4 * x + c] = static_cast<uint8_t>(v >> down);
+    }
+}
+
+}  // namespace
+
+void writeImageRow(const ZanImage& im, int y, const uint8_t* s, int n) {
+    Walk w = walkOf(im, y);
+    if (im.depth == ZAN_DEPTH_1U) {
+        // Most significant bit first; the bits past n keep their values.
+        for (int x = 0; x < n; ++x) {
             uint8_t& b = reinterpret_cast<uint8_t&>(w.row[x >> 3]);
             uint8_t bit = static_cast<uint8_t>(0x80 >> (x & 7));
-            b = static_cast<uint8_t>(s[0] >= 128 ? b | bit : b & ~bit);
-            continue;
+            b = static_cast<uint8_t>(s[4 * x] >= 128 ? b | bit : b & ~bit);
         }
-        for (int c = 0; c < im.nChannels; ++c) {
-            if (im.depth == ZAN_DEPTH_8U) {
-                w.row[w.at(x, c, 1)] = static_cast<char>(s[c]);
-            } else {
-                uint16_t v = static_cast<uint16_t>(s[c] << 8);
-                std::memcpy(w.row + w.at(x, c, 2), &v, 2);
-            }
-        }
+        return;
+    }
+    if (im.depth == ZAN_DEPTH_8U && im.nChannels == 4 && !w.planeStep) {
+        std::memcpy(w.row, s, size_t(n) * 4);
+        return;
+    }
+    if (im.depth == ZAN_DEPTH_8U && im.nChannels == 3 && !w.planeStep) {  // the common case in one pass
+        auto* d = reinterpret_cast<uint8_t*>(w.row);
+        for (int x = 0; x < n; ++x, d += 3, s += 4) d[0] = s[0], d[1] = s[1], d[2] = s[2];
+        return;
+    }
+    for (int c = 0; c < im.nChannels; ++c) {
+        if (im.depth == ZAN_DEPTH_8U)
+            storeChannel<uint8_t>(s, n, c, w.row + w.at(0, c, 1), w.pixelStep);
+        else
+            storeChannel<uint16_t>(s, n, c, w.row + w.at(0, c, 2), w.pixelStep);
     }
 }
 
 void readImageRow(const ZanImage& im, Seq seq, int y, int n, uint8_t* bgra) {
     Walk w = walkOf(im, y);
-    uint8_t s[4] = {0, 0, 0, 255};
-    for (int x = 0; x < n; ++x, bgra += 4) {
-        if (im.depth == ZAN_DEPTH_1U) {
-            s[0] = ((w.row[x >> 3] >> (7 - (x & 7))) & 1) ? 255 : 0;
-        } else {
-            for (int c = 0; c < im.nChannels; ++c) {
-                if (im.depth == ZAN_DEPTH_8U) {
-                    s[c] = static_cast<uint8_t>(w.row[w.at(x, c, 1)]);
-                } else {
-                    uint16_t v;
-                    std::memcpy(&v, w.row + w.at(x, c, 2), 2);
-                    s[c] = static_cast<uint8_t>(v >> 8);
-                }
-            }
+    if (im.depth == ZAN_DEPTH_1U) {
+        for (int x = 0; x < n; ++x) bgra[4 * x] = ((w.row[x >> 3] >> (7 - (x & 7))) & 1) ? 255 : 0;
+    } else if (im.depth == ZAN_DEPTH_8U && im.nChannels == 4 && !w.planeStep) {
+        std::memcpy(bgra, w.row, size_t(n) * 4);
+    } else {
+        for (int c = 0; c < im.nChannels; ++c) {
+            if (im.depth == ZAN_DEPTH_8U)
+                loadChannel<uint8_t>(w.row + w.at(0, c, 1), w.pixelStep, n, c, bgra);
+            else
+                loadChannel<uint16_t>(w.row + w.at(0, c, 2), w.pixelStep, n, c, bgra);
         }
-        if (im.nChannels == 1) s[1] = s[2] = s[0];
-        if (seq == Seq::RGB) {
-            bgra[0] = s[2]; bgra[1] = s[1]; bgra[2] = s[0];
-        } else {
-            bgra[0] = s[0]; bgra[1] = s[1]; bgra[2] = s[2];
-        }
-        bgra[3] = im.nChannels == 4 ? s[3] : 255;
     }
+    for (int x = 0; x < n; ++x) {
+        uint8_t* p = bgra + 4 * x;
+        if (im.nChannels == 1) p[1] = p[2] = p[0];
+        if (im.nChannels != 4) p[3] = 255;
+    }
+    if (seq == Seq::RGB) arrangeRow(seq, bgra, n);  // the swap is its own inverse
 }
 
 }  // namespace dib

@@ -41,9 +41,20 @@ void packIndices(int bitCount, const uint8_t* index, int n, uint8_t* row);
 enum class Seq { Gray, BGR, RGB, Bad };
 Seq seqOf(const ZanImage& im);
 
-// Image row y <-> BGRA, for 1, 3 or 4 channels of depth 1, 8 or 16.
+// Puts a BGRA row in the image's channel order, in place: red and blue swap
+// for RGB, every channel becomes the gray value for gray images.
+void arrangeRow(Seq seq, uint8_t* bgra, int n);
+
+// Image row y <-> 4-byte pixels, for 1, 3 or 4 channels of depth 1, 8 or 16.
+// Writing takes arranged pixels (channel c from byte c; 1-bit images set
+// their bit from byte 0 at 128 and above); reading gives BGRA.
 bool imageFormatOk(const ZanImage& im);
-void writeImageRow(const ZanImage& im, Seq seq, int y, const uint8_t* bgra, int n);
+
+// True when a row of the DIB and a row of the image hold the same bytes
+// (24 bits as 8-bit BGR, 32 bits BI_RGB as 8-bit BGRA, both interleaved):
+// the rows are then copied as they stand.
+bool sameRowBytes(const ZanBitmapInfoHeader& h, const ZanImage& im, Seq seq);
+void writeImageRow(const ZanImage& im, int y, const uint8_t* arranged, int n);
 void readImageRow(const ZanImage& im, Seq seq, int y, int n, uint8_t* bgra);
 
 }  // namespace dib

@@ -159,13 +159,19 @@ void convertTo(const Op& op, const Texts& t, ZanImage* image, ZanBitmapInfoHeade
         if (!stream) return rle::failNoMemory(op, h->biBitCount);
     }
     // From here on the DIB itself may be written; an uncompressed one directly.
-    if (indexed) palette::storeTable(colours, table);
+    if (indexed && paletteConversion != 0) palette::storeTable(colours, table);
     palette::Mapper mapper(colours);
     std::vector<uint8_t> bgra(size_t(w) * 4), index(static_cast<size_t>(w));
+    const bool same = sameRowBytes(*h, *src, seq);
     for (int y = 0; y < rows; ++y) {
         uint8_t* row = rowsOut + (h->biHeight > 0 ? rows - 1 - y : y) * step;
+        const size_t bytes = size_t(w) * h->biBitCount / 8;
+        std::memset(row + (same ? bytes : 0), 0, size_t(step) - (same ? bytes : 0));  // padding bytes are zero
+        if (same) {
+            std::memcpy(row, src->imageData + int64_t(y) * src->widthStep, bytes);
+            continue;
+        }
         readImageRow(*src, seq, y, w, bgra.data());
-        std::memset(row, 0, size_t(step));  // padding bytes are zero
         if (indexed) {
             for (int x = 0; x < w; ++x) index[size_t(x)] = mapper.index(palette::rgb(&bgra[4 * size_t(x)]));
             packIndices(h->biBitCount, index.data(), w, row);

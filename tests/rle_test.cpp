@@ -1,0 +1,155 @@
+#include <cstring>
+#include <dirent.h>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "../fuzz/dib_harness.h"
+#include "convert/dib_layout.h"
+#include "convert/rle.h"
+#include "test_support.h"
+
+namespace {
+
+class RleTest : public zantest::ZanTest {
+protected:
+    // Decodes a stream through zanConvertFromDIB into a gray image; the first
+    // report's text, or "" when it decoded.
+    std::string decodeText(int bpp, int w, int h, const std::vector<uint8_t>& stream, std::vector<uint8_t>* pixels = nullptr) {
+        std::vector<uint32_t> block(10 + (size_t(1) << bpp) + stream.size() / 4 + 1);
+        auto* hd = reinterpret_cast<ZanBitmapInfoHeader*>(block.data());
+        *hd = ZanBitmapInfoHeader{40, w, h, 1, uint16_t(bpp), uint32_t(bpp == 8 ? 1 : 2), uint32_t(stream.size()), 0, 0, 0, 0};
+        for (uint32_t i = 0; i < (1u << bpp); ++i) block[10 + i] = i * 0x010101u;
+        std::memcpy(&block[10 + (size_t(1) << bpp)], stream.data(), stream.size());
+        zantest::Image im(1, ZAN_DEPTH_8U, std::max(w, 1), std::max(std::abs(h), 1));
+        std::memcpy(im->channelSeq, "G\0\0\0", 4);
+        log.clear();
+        zanSetErrStatus(ZAN_StsOk);
+        zanConvertFromDIB(hd, im);
+        if (pixels) {
+            pixels->clear();
+            for (int y = 0; y < im->height; ++y)
+                for (int x = 0; x < im->width; ++x) pixels->push_back(im.row(y)[x]);
+        }
+        if (log.empty()) return "";
+        EXPECT_EQ(log.reports()[0].func, "zanConvertFromDIB");
+        return log.reports()[0].file + ": " + log.reports()[0].context + " | " + log.last().context;
+    }
+};
+
+TEST_F(RleTest, DecoderErrors) {
+    const std::string tail = " | Impossible to decompress RLE DIB";
+    struct Case {
+        int bpp, w, h;
+        std::vector<uint8_t> stream;
+        const char* what;
+    } cases[] = {
+        {8, 4, 2, {2, 5, 0, 0}, "mismatch biWidth"},                          // short line
+        {8, 4, 2, {4, 5, 0, 0, 4, 5, 0, 0, 4, 5}, "mismatch biHeight or biWidth"},  // a third row
+        {8, 4, 3, {4, 5, 0, 1}, "mismatch biHeight"},                         // end two rows early
+        {8, 4, 2, {0, 2, 5, 0}, "bad Delta command"},
+        {8, 4, 2, {0, 2, 0, 3}, "bad Delta command"},
+        {8, 4, 3, {4, 5, 0, 0, 4}, "mismatch biHeight or biWidth"},           // stream ends rows early
+        {8, 4, 2, {0, 4, 1, 2}, "mismatch biHeight or biWidth"},              // absolute run cut short
+        {8, 4, 2, {0, 2}, "mismatch biHeight or biWidth"},                    // delta without its bytes
+        {4, 4, 2, {6, 0x12, 1, 0x11}, "mismatch biHeight or biWidth"},        // command past the width
+        {4, 4, 2, {3, 0x12, 0, 0}, "mismatch biWidth"},
+        {4, 4, 3, {4, 0x12, 0, 1}, "mismatch biHeight"},
+        {4, 4, 2, {0, 2, 1, 3}, "bad Delta command"},
+    };
+    for (const Case& c : cases) {
+        std::string kind = c.bpp == 8 ? "BI_RLE8" : "BI_RLE4";
+        EXPECT_EQ(decodeText(c.bpp, c.w, c.h, c.stream),
+                  "ownrle: Incorrect format of " + kind + " DIB (" + c.what + ")" + tail)
+            << kind << " " << c.what;
+    }
+    // A negative height reaches the decoder through zanConvertFromDIB.
+    EXPECT_EQ(decodeText(8, 4, -2, {4, 5, 0, 0, 4, 5, 0, 1}),
+              "ownrle: Incorrect format of BI_RLE8 DIB (mismatch biHeight or biWidth)" + tail);
+}
+
+TEST_F(RleTest, DecoderCommands) {
+    std::vector<uint8_t> px;
+    // Rows are stored bottom first: delta skips leave index 0; the end may
+    // come on the last row or after its end-of-line.
+    EXPECT_EQ(decodeText(8, 4, 2, {0, 2, 1, 1, 3, 9, 0, 1}, &px), "");
+    EXPECT_EQ(px, (std::vector<uint8_t>{0, 9, 9, 9, 0, 0, 0, 0}));
+    EXPECT_EQ(decodeText(8, 3, 1, {0, 3, 1, 2, 3, 0, 0, 0, 0, 1}, &px), "");  // absolute, padded
+    EXPECT_EQ(px, (std::vector<uint8_t>{1, 2, 3}));
+    EXPECT_EQ(decodeText(8, 3, 1, {3, 7}, &px), "");  // no end at all once the rows are done
+    // RLE4: runs alternate their two nibbles, absolute runs pad to words.
+    EXPECT_EQ(decodeText(4, 5, 1, {5, 0x1F, 0, 0}, &px), "");
+    EXPECT_EQ(px, (std::vector<uint8_t>{1, 15, 1, 15, 1}));
+    EXPECT_EQ(decodeText(4, 5, 1, {0, 5, 0x12, 0x34, 0x50, 0, 0, 0}, &px), "");
+    EXPECT_EQ(px, (std::vector<uint8_t>{1, 2, 3, 4, 5}));
+    // A run past the width is cut there, never written beyond the row.
+    EXPECT_EQ(decodeText(8, 2, 1, {200, 4, 0, 1}, &px), "");
+    EXPECT_EQ(px, (std::vector<uint8_t>{4, 4}));
+}
+
+// Random rows of many run lengths survive encoding, within the room promised.
+TEST_F(RleTest, EncoderRoundTrip) {
+    std::mt19937 rng(11);
+    const zan::Op op{"test", "test"};
+    for (int bpp : {4, 8}) {
+        for (int w = 1; w <= 70; w += (w < 10 ? 1 : 7)) {
+            const int h = 5;
+            int64_t stride = zan::rle::decodedStride(bpp, w);
+            std::vector<uint8_t> rows(size_t(stride * h), 0);
+            for (int y = 0; y < h; ++y) {
+                int x = 0;
+                while (x < w) {
+                    int len = 1 + int(rng() % (y == 0 ? 2 : y == 1 ? 300 : 6)), v = int(rng() % (1 << bpp));
+                    for (int k = 0; k < len && x < w; ++k, ++x) {
+                        uint8_t* r = &rows[size_t(y * stride)];
+                        if (bpp == 8) r[x] = uint8_t(v);
+                        else r[x / 2] = uint8_t(r[x / 2] | (x & 1 ? v : v << 4));
+                    }
+                }
+            }
+            int64_t room = zan::dib::rleCapacity(w, h);
+            std::vector<uint8_t> stream(static_cast<size_t>(room));
+            int64_t n = zan::rle::encode(op, rows.data(), stride, bpp, w, h, stream.data(), room);
+            ASSERT_GT(n, 0);
+            zan::Buffer back = zan::rle::decode(stream.data(), n, bpp, w, h);
+            ASSERT_TRUE(back);
+            EXPECT_EQ(std::memcmp(back.get(), rows.data(), rows.size()), 0) << bpp << " w" << w;
+        }
+    }
+    EXPECT_TRUE(log.empty());
+}
+
+// Pairs of equal samples are the encoder's costliest input; the bound holds.
+TEST_F(RleTest, WorstCaseFitsTheRoom) {
+    const zan::Op op{"test", "test"};
+    for (int w : {1, 2, 3, 5, 255, 256, 511}) {
+        std::vector<uint8_t> row(size_t(zan::rle::decodedStride(8, w)));
+        for (int x = 0; x < w; ++x) row[size_t(x)] = uint8_t((x / 2) * 37 + (x % 5 == 0));
+        int64_t room = zan::dib::rleCapacity(w, 1);
+        std::vector<uint8_t> stream(static_cast<size_t>(room));
+        EXPECT_GT(zan::rle::encode(op, row.data(), int64_t(row.size()), 8, w, 1, stream.data(), room), 0) << w;
+    }
+    EXPECT_TRUE(log.empty());
+}
+
+// Inputs the fuzzer found worth keeping, replayed (under the sanitizers in CI).
+TEST(DibRegress, KeptFuzzInputs) {
+    const std::string dir = std::string(ZANPX_SOURCE_DIR) + "/tests/data/dib_regress/";
+    std::vector<std::string> names;
+    if (DIR* d = opendir(dir.c_str())) {
+        while (dirent* e = readdir(d))
+            if (e->d_name[0] != '.') names.push_back(e->d_name);
+        closedir(d);
+    }
+    ASSERT_FALSE(names.empty());
+    for (const std::string& n : names) {
+        std::ifstream in(dir + n, std::ios::binary);
+        std::vector<uint8_t> data((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        zanfuzz::runDibInput(data.data(), data.size());
+    }
+    zanSetErrStatus(ZAN_StsOk);
+}
+
+}  // namespace
