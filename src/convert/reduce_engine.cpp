@@ -106,7 +106,7 @@ struct JitterRule {
 struct OrderedRule {
     const Quantiser& q;
     bool operator()(int32_t low, int x, int y) const {
-        return (int64_t(low) << 5) >= (int64_t(2 * kBayer4[y & 3][x & 3] + 1) << q.dropped);
+        return (int64_t(low) << 5) >= (int64_t(2 * kOrdered4x4[y & 3][x & 3] + 1) << q.dropped);
     }
 };
 
