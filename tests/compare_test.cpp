@@ -165,10 +165,6 @@ TEST_F(Compare, ImageFormsAgainstModel) {
 TEST_F(Compare, ChannelOfInterestResultOffsetAndMasks) {
     Image rgb(3, ZAN_DEPTH_8U, 10, 1), res(1, ZAN_DEPTH_1U, 10, 1);
     for (int x = 0; x < 10; ++x) put(rgb, x, 0, 0, 1), put(rgb, x, 0, 1, x), put(rgb, x, 0, 2, 1);
-    put(rgb, 9, 0, 2, 50);
-    ASSERT_EQ(zanLessS(rgb, 5, res), 0);  // all three channels must hold
-    EXPECT_EQ(res.row(0)[0], 0xF8);
-    EXPECT_EQ(res.row(0)[1] & 0xC0, 0x00);
     rgb.setROI(2, 0, 0, 10, 1);  // only the second channel decides
     ASSERT_EQ(zanGreaterS(rgb, 5, res), 0);
     EXPECT_EQ(res.row(0)[0], 0x03);
@@ -202,6 +198,12 @@ TEST_F(Compare, ChannelOfInterestResultOffsetAndMasks) {
     out->maskROI = nullptr;
     EXPECT_EQ(out.row(0)[0], 0x06);
     EXPECT_EQ(out.row(0)[1], 0x00);
+
+    // Nothing to compare (the result's ROI lies past the image) is success,
+    // whatever status an earlier call left behind.
+    zanSetErrStatus(ZAN_StsNoMem);
+    out.setROI(0, 30, 0, 4, 1);
+    EXPECT_EQ(zanLessS(g, 1, out), 0);
 }
 
 TEST_F(Compare, TiledSourceAndResult) {

@@ -106,7 +106,8 @@ ZanStatus walk(const Op& op, ZanImage* const* sources, int nSources, ZanImage& r
     for (int i = 0; i < nSources; ++i) images[i] = {sources[i], false, "Error get tile to read", ZAN_StsError};
     images[nSources] = {&res, true, "Error get tile to write", ZAN_StsError};
     PointFrame frame(op, images, nSources + 1);
-    if (!frame.begin()) return zanGetErrStatus() == ZAN_StsNoMem ? ZAN_StsNoMem : ZAN_StsOk;
+    frame.setNoMemoryText("Allocation failure");
+    if (!frame.begin()) return frame.failed() ? ZAN_StsNoMem : ZAN_StsOk;
     const size_t bytes = size_t(frame.width() + 7) / 8 + 1;
     // tmp holds a bit per sample of a pixel row.
     std::vector<uint8_t> bits(bytes), keep(bytes), tmp(bytes * size_t(sources[0]->nChannels));

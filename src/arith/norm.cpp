@@ -62,7 +62,7 @@ bool forSamples(const Op& op, ZanImage* a, ZanImage* b, F f) {
     FrameImage images[2] = {{a, false, "(srcImageA->tileInfo->tileData == ((void*)(0)))"},
                             {b, false, "(srcImageB->tileInfo->tileData == ((void*)(0)))"}};
     PointFrame frame(op, images, b ? 2 : 1);
-    if (!frame.begin()) return zanGetErrStatus() != ZAN_StsNoMem;
+    if (!frame.begin()) return !frame.failed();
     Channels ca = selectChannels(*a, true), cb = b ? selectChannels(*b, true) : ca;
     return frame.forEachBlock([&](const View* v, const View* mask, int w, int h) {
         withSampleReader(a->depth, [&](auto read) {

@@ -45,6 +45,7 @@ bool PointFrame::begin() {
         if (tempMask_) zanAllocateImage(tempMask_, 0, 0);
         if (!tempMask_ || !tempMask_->imageData) {
             ZAN_FAIL(op_, ZAN_StsNoMem, noMemText_);
+            failed_ = true;
             return false;
         }
         // Each mask is read from its own ROI; the AND covers the common size.

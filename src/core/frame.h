@@ -80,6 +80,9 @@ public:
     // The text reported when the combined mask cannot be allocated.
     void setNoMemoryText(const char* text) { noMemText_ = text; }
 
+    // True when begin() ended the call with a report (as opposed to finding nothing to do).
+    bool failed() const { return failed_; }
+
     bool masked() const { return mask_ != nullptr; }
     // Smallest common width and height of the images and the mask.
     int width() const { return width_; }
@@ -106,6 +109,7 @@ private:
     Rect maskRect_;
     int width_ = 0, height_ = 0;
     const char* noMemText_ = "Out of memory";
+    bool failed_ = false;
 };
 
 }  // namespace zan

@@ -13,19 +13,8 @@
 namespace zan {
 namespace kern {
 
-ZAN_TARGET_BEGIN("sse2")
-namespace sse2 {
-#include "kernels/vec_sse2.inc"
-#include "kernels/scalar_simd.inc"
-}  // namespace sse2
-ZAN_TARGET_END
-
-ZAN_TARGET_BEGIN("avx2")
-namespace avx2 {
-#include "kernels/vec_avx2.inc"
-#include "kernels/scalar_simd.inc"
-}  // namespace avx2
-ZAN_TARGET_END
+#define ZAN_KERNEL_SOURCE "kernels/scalar_simd.inc"
+#include "kernels/x86_variants.inc"
 
 const ConstKernels* sse2ConstKernels() { return &sse2::kKernels; }
 const ConstKernels* avx2ConstKernels() { return &avx2::kKernels; }
