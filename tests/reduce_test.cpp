@@ -265,36 +265,45 @@ TEST_F(ReduceBits, JitterTypesDifferButRepeat) {
 }
 
 TEST_F(ReduceBits, TiledImagesGiveTheUntiledResult) {
-    Image src(3, ZAN_DEPTH_8U, 21, 19), dst(3, ZAN_DEPTH_8U, 21, 19);
-    Image tsrc(3, ZAN_DEPTH_8U, 21, 19), tdst(3, ZAN_DEPTH_8U, 21, 19), back(3, ZAN_DEPTH_8U, 21, 19);
-    fillRandom(src, 11);
-    std::memcpy(tsrc->imageData, src->imageData, size_t(src->imageSize));
-    TileServer ss, ds;
-    zantest::makeTiled(tsrc, ss, 8, 16);
-    zantest::makeTiled(tdst, ds, 16, 8);
-    zanReduceBits(src, dst, 0, 4, 2);
-    zanReduceBits(tsrc, tdst, 0, 4, 2);
-    ASSERT_EQ(zanGetErrStatus(), 0);
-    zantest::untile(tdst, ds, back);
-    for (int y = 0; y < 19; ++y) ASSERT_EQ(0, std::memcmp(dst.row(y), back.row(y), 63)) << y;
+    struct Case {
+        int nCh, dstDepth, dither;
+    } cases[] = {{3, ZAN_DEPTH_8U, 4}, {1, ZAN_DEPTH_1U, 2}};
+    for (const Case& k : cases) {
+        auto make = [&](int depth) {
+            Image im(k.nCh, depth, 21, 19);
+            if (k.nCh == 1) setModel(im, "GRAY", "G");
+            return im;
+        };
+        Image src = make(ZAN_DEPTH_8U), dst = make(k.dstDepth), tsrc = make(ZAN_DEPTH_8U), tdst = make(k.dstDepth),
+              back = make(k.dstDepth);
+        fillRandom(src, 11);
+        std::memcpy(tsrc->imageData, src->imageData, size_t(src->imageSize));
+        TileServer ss, ds;
+        zantest::makeTiled(tsrc, ss, 8, 16);
+        zantest::makeTiled(tdst, ds, 16, 8);
+        zanReduceBits(src, dst, 0, k.dither, 2);
+        zanReduceBits(tsrc, tdst, 0, k.dither, 2);
+        ASSERT_EQ(zanGetErrStatus(), 0);
+        zantest::untile(tdst, ds, back);
+        for (int y = 0; y < 19; ++y)
+            for (int x = 0; x < 21; ++x)
+                for (int c = 0; c < k.nCh; ++c) ASSERT_EQ(sample(dst, x, y, c), sample(back, x, y, c)) << x << " " << y;
+    }
 }
 
 TEST(QuantizeRow8, VariantsMatchTheScalarReference) {
-    std::vector<zan::kernels::QuantizeRow8> variants = {zan::kernels::quantizeRow8()};
-#if defined(ZANPX_X86)
-    variants.push_back(zan::kernels::quantizeRow8Sse2);
-    if (__builtin_cpu_supports("avx2")) variants.push_back(zan::kernels::quantizeRow8Avx2);
-#endif
+    zan::kern::Isa isas[3];
+    int nIsas = zan::kern::availableIsas(isas);
     std::mt19937 rng(5);
     std::vector<uint8_t> src(300), want(300), got(300);
     for (auto& v : src) v = static_cast<uint8_t>(rng());
-    for (auto kernel : variants)
+    for (int v = 0; v < nIsas; ++v)
         for (int dropped = 1; dropped <= 7; ++dropped)
             for (int start : {0, 1, 3})
                 for (int n : {0, 1, 15, 31, 33, 97, 290}) {
-                    zan::kernels::quantizeRow8Scalar(src.data() + start, want.data(), n, dropped);
+                    zan::kern::quantizeRow8Scalar(src.data() + start, want.data(), n, dropped);
                     std::fill(got.begin(), got.end(), 0xAA);
-                    kernel(src.data() + start, got.data() + start, n, dropped);
+                    zan::kern::quantizeRow8For(isas[v])(src.data() + start, got.data() + start, n, dropped);
                     ASSERT_EQ(0, std::memcmp(want.data(), got.data() + start, size_t(n)));
                     ASSERT_EQ(got[start + n], 0xAA);  // nothing past the row
                 }

@@ -26,7 +26,7 @@ constexpr TwoRowWeights kTwoRowFirst = {{1560, 780}, {390, 780, 1560, 780, 390},
 constexpr TwoRowWeights kTwoRowSecond = {{1197, 855}, {513, 855, 1197, 855, 513}, {171, 513, 855, 513, 171}};
 
 // The 4x4 ordered dither matrix, ranks 0..15.
-constexpr uint8_t kBayer4[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
+constexpr uint8_t kOrdered4x4[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
 
 // Jitter: a table of 1024 thresholds (each of 0..1023 once, shuffled) and a
 // second shuffle that decorrelates neighbouring columns. Built once, never changed.

@@ -94,8 +94,9 @@ struct JitterRule {
     int type;
     const JitterTables& t = jitterTables();
     bool operator()(int32_t low, int x, int y) const {
-        int a = type & 1 ? x : y, b = type & 1 ? y : x;
-        int i = (a + t.permutation[a & 1023] + 4 * b + 256 * ((type - 1) >> 1)) & 1023;
+        // Unsigned: the coordinates of a large image would overflow 4 * b.
+        uint32_t a = uint32_t(type & 1 ? x : y), b = uint32_t(type & 1 ? y : x);
+        uint32_t i = (a + t.permutation[a & 1023] + 4 * b + 256 * uint32_t((type - 1) >> 1)) & 1023;
         int64_t term = (int64_t(t.value[i]) * ((int64_t(1) << q.dropped) + 1)) >> 10;
         return low > term;
     }
@@ -105,7 +106,7 @@ struct JitterRule {
 struct OrderedRule {
     const Quantiser& q;
     bool operator()(int32_t low, int x, int y) const {
-        return (int64_t(low) << 5) >= (int64_t(2 * kBayer4[y & 3][x & 3] + 1) << q.dropped);
+        return (int64_t(low) << 5) >= (int64_t(2 * kOrdered4x4[y & 3][x & 3] + 1) << q.dropped);
     }
 };
 
@@ -170,7 +171,7 @@ void quantiseWith(const ReducePlan& plan, int32_t* v, int w, int y, const Quanti
 
 // 8U to 8U without diffusion or jitter: whole rows through the vector kernel.
 void reducePlain8(const View& src, const View& dst, const Quantiser& q) {
-    auto kernel = kernels::quantizeRow8();
+    auto kernel = kern::quantizeRow8();
     const int planes = src.planeStep ? src.nChannels : 1;
     const int n = src.width * src.pixelStep;
     for (int p = 0; p < planes; ++p)

@@ -4,19 +4,23 @@
 #pragma once
 #include <cstdint>
 
-namespace zan::kernels {
+#include "kernels/cpu.h"
+
+namespace zan {
+namespace kern {
 
 // dropped: number of low bits rounded away, 1..7.
 using QuantizeRow8 = void (*)(const uint8_t* src, uint8_t* dst, int n, int dropped);
 
 void quantizeRow8Scalar(const uint8_t* src, uint8_t* dst, int n, int dropped);
-#if defined(__x86_64__) || defined(__i386__) || defined(_M_X64) || defined(_M_IX86)
-#define ZANPX_X86 1
-void quantizeRow8Sse2(const uint8_t* src, uint8_t* dst, int n, int dropped);
-void quantizeRow8Avx2(const uint8_t* src, uint8_t* dst, int n, int dropped);
-#endif
+
+// The variant of one instruction set (null where the build has none).
+QuantizeRow8 sse2QuantizeRow8();
+QuantizeRow8 avx2QuantizeRow8();
+QuantizeRow8 quantizeRow8For(Isa isa);
 
 // The best variant this processor runs; asked once per call.
-QuantizeRow8 quantizeRow8();
+inline QuantizeRow8 quantizeRow8() { return quantizeRow8For(bestIsa()); }
 
-}  // namespace zan::kernels
+}  // namespace kern
+}  // namespace zan

@@ -1,0 +1,142 @@
+#include "ops.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+namespace zanpx {
+namespace {
+
+// Every operation the program offers. Adding one is one line: name, its
+// arguments, what it does, the demo's arguments and picture, and the call.
+const std::vector<OpDef> kOps = {
+    // Two images.
+    {"add", "IMAGE", "add another picture, saturating", "IMAGE", Picture::Colour, [](Call& c) { auto d = c.same(); zanAdd(c.src(), c.image(0), d); return d; }},
+    {"subtract", "IMAGE", "subtract another picture, saturating at 0", "IMAGE", Picture::Colour, [](Call& c) { auto d = c.same(); zanSubtract(c.src(), c.image(0), d); return d; }},
+    {"multiply", "IMAGE", "multiply by another picture, saturating", "IMAGE", Picture::Colour, [](Call& c) { auto d = c.same(); zanMultiply(c.src(), c.image(0), d); return d; }},
+    {"multiplyscale", "IMAGE", "multiply by another picture, scaled back to the sample range", "IMAGE", Picture::Colour, [](Call& c) { auto d = c.same(); zanMultiplyScale(c.src(), c.image(0), d); return d; }},
+    {"and", "IMAGE", "bitwise AND with another picture", "IMAGE", Picture::Colour, [](Call& c) { auto d = c.same(); zanAnd(c.src(), c.image(0), d); return d; }},
+    {"or", "IMAGE", "bitwise OR with another picture", "IMAGE", Picture::Colour, [](Call& c) { auto d = c.same(); zanOr(c.src(), c.image(0), d); return d; }},
+    {"xor", "IMAGE", "bitwise XOR with another picture", "IMAGE", Picture::Colour, [](Call& c) { auto d = c.same(); zanXor(c.src(), c.image(0), d); return d; }},
+    {"composite", "IMAGE TYPE ALPHA_A ALPHA_B", "alpha compositing with constant opacities (TYPE 0 over, 1 in, 2 out, 3 atop, 4 xor, 5 plus)", "IMAGE 0 160 255", Picture::Colour, [](Call& c) { auto d = c.same(); zanAlphaCompositeC(c.src(), c.image(0), d, c.i(1), c.i(2), c.i(3), 0, 0); return d; }},
+    // One image and a constant.
+    {"addc", "VALUE", "add a constant, saturating", "80", Picture::Colour, [](Call& c) { auto d = c.same(); zanAddS(c.src(), d, c.i(0)); return d; }},
+    {"subtractc", "VALUE [FLIP]", "subtract a constant (FLIP 1: the constant minus the picture)", "255 1", Picture::Colour, [](Call& c) { auto d = c.same(); zanSubtractS(c.src(), d, c.i(0), c.i(1)); return d; }},
+    {"multiplyc", "VALUE", "multiply by a constant, saturating", "2", Picture::Colour, [](Call& c) { auto d = c.same(); zanMultiplyS(c.src(), d, c.i(0)); return d; }},
+    {"multiplycscale", "VALUE", "multiply by a constant, scaled back to the sample range", "128", Picture::Colour, [](Call& c) { auto d = c.same(); zanMultiplySScale(c.src(), d, c.i(0)); return d; }},
+    {"lshift", "BITS", "shift every sample left", "1", Picture::Colour, [](Call& c) { auto d = c.same(); zanLShiftS(c.src(), d, static_cast<unsigned>(c.i(0))); return d; }},
+    {"rshift", "BITS", "shift every sample right", "2", Picture::Colour, [](Call& c) { auto d = c.same(); zanRShiftS(c.src(), d, static_cast<unsigned>(c.i(0))); return d; }},
+    {"andc", "VALUE", "bitwise AND with a constant", "0xE0", Picture::Colour, [](Call& c) { auto d = c.same(); zanAndS(c.src(), d, static_cast<unsigned>(c.i(0))); return d; }},
+    {"orc", "VALUE", "bitwise OR with a constant", "0x1F", Picture::Colour, [](Call& c) { auto d = c.same(); zanOrS(c.src(), d, static_cast<unsigned>(c.i(0))); return d; }},
+    {"xorc", "VALUE", "bitwise XOR with a constant", "0x80", Picture::Colour, [](Call& c) { auto d = c.same(); zanXorS(c.src(), d, static_cast<unsigned>(c.i(0))); return d; }},
+    {"not", "", "invert every bit", "", Picture::Colour, [](Call& c) { auto d = c.same(); zanNot(c.src(), d); return d; }},
+    {"square", "", "square every sample, saturating", "", Picture::Gray, [](Call& c) { auto d = c.same(); zanSquare(c.src(), d); return d; }},
+    {"premultiply", "ALPHA", "multiply the colours by a constant opacity", "96", Picture::Colour, [](Call& c) { auto d = c.copy(); zanPreMultiplyAlpha(d, c.i(0)); return d; }},
+    // Copy and fill.
+    {"copy", "", "copy the picture", "", Picture::Colour, [](Call& c) { auto d = c.same(); zanCopy(c.src(), d); return d; }},
+    {"set", "VALUE", "fill with a constant", "200", Picture::Colour, [](Call& c) { auto d = c.same(); zanSet(d, c.i(0)); return d; }},
+    // Comparisons: black and white results.
+    {"less", "IMAGE", "white where the picture is darker than the other in every channel", "IMAGE", Picture::Gray, [](Call& c) { auto d = c.mask(); zanLess(c.src(), c.image(0), d); return d; }},
+    {"greater", "IMAGE", "white where the picture is brighter than the other in every channel", "IMAGE", Picture::Gray, [](Call& c) { auto d = c.mask(); zanGreater(c.src(), c.image(0), d); return d; }},
+    {"equal", "IMAGE", "white where the pictures agree", "IMAGE", Picture::Gray, [](Call& c) { auto d = c.mask(); zanEqual(c.src(), c.image(0), d); return d; }},
+    {"lessc", "VALUE", "white where every channel is below VALUE", "100", Picture::Gray, [](Call& c) { auto d = c.mask(); zanLessS(c.src(), c.i(0), d); return d; }},
+    {"greaterc", "VALUE", "white where every channel is above VALUE", "160", Picture::Gray, [](Call& c) { auto d = c.mask(); zanGreaterS(c.src(), c.i(0), d); return d; }},
+    {"equalc", "VALUE", "white where every channel equals VALUE", "127", Picture::Gray, [](Call& c) { auto d = c.mask(); zanEqualS(c.src(), c.i(0), d); return d; }},
+    // Bit reduction.
+    {"reduce", "BITS [DITHER [JITTER]]", "keep BITS bits per sample; DITHER none fs sj1 sj2 ordered, JITTER 0-8", "1 fs", Picture::Colour, [](Call& c) { auto d = c.same(); zanReduceBits(c.src(), d, c.i(2), c.dither(1), c.i(0)); return d; }},
+    {"reduce1", "DITHER [JITTER]", "black and white from gray: DITHER none fs sj1 sj2 ordered, JITTER 0-8", "fs", Picture::Gray, [](Call& c) { auto d = c.gray().same(ZAN_DEPTH_1U); zanReduceBits(c.src(), d, c.i(1), c.dither(0), 1); return d; }},
+    {"jitter1", "TYPE", "black and white from gray by jitter of TYPE 1-8", "3", Picture::Gray, [](Call& c) { auto d = c.gray().same(ZAN_DEPTH_1U); zanReduceBits(c.src(), d, c.i(0), 1, 1); return d; }},
+};
+
+size_t requiredArgs(const char* usage) {
+    size_t n = 0;
+    bool inWord = false, optional = false;
+    for (const char* p = usage; *p; ++p) {
+        if (*p == '[') optional = true;
+        bool word = *p != ' ' && *p != '[' && *p != ']';
+        if (word && !inWord && !optional) ++n;
+        inWord = word;
+    }
+    return n;
+}
+
+}  // namespace
+
+int Call::i(size_t k, int fallback) const {
+    if (k >= args_.size()) return fallback;
+    const std::string& s = args_[k];
+    char* end = nullptr;
+    errno = 0;
+    long v = std::strtol(s.c_str(), &end, 0);
+    if (s.empty() || *end || errno || v < INT32_MIN || v > INT32_MAX) throw Failure("not an integer: '" + s + "'");
+    return static_cast<int>(v);
+}
+
+float Call::f(size_t k, float fallback) const {
+    if (k >= args_.size()) return fallback;
+    const std::string& s = args_[k];
+    char* end = nullptr;
+    float v = std::strtof(s.c_str(), &end);
+    if (s.empty() || *end) throw Failure("not a number: '" + s + "'");
+    return v;
+}
+
+int Call::dither(size_t k) const { return k < args_.size() ? ditherCode(args_[k]) : 1; }
+
+ZanImage* Call::image(size_t k) {
+    if (other_) return const_cast<ZanImage*>(other_);
+    if (k >= args_.size()) throw Failure("missing image argument");
+    ImagePtr im = loadBmp(args_[k]);
+    if (im->nChannels != src_->nChannels || im->depth != src_->depth)
+        throw Failure(args_[k] + ": needs the same channels and depth as the input");
+    return keep(std::move(im));
+}
+
+Call& Call::gray() {
+    if (src_->nChannels != 1) throw Failure("this operation takes a gray (one-channel) picture");
+    return *this;
+}
+
+ZanImage* Call::copy() {
+    ZanImage* d = same();
+    const size_t row = size_t(std::min(d->widthStep, src_->widthStep));  // the layouts may pad differently
+    for (int y = 0; y < d->height; ++y)
+        std::memcpy(d->imageData + size_t(y) * d->widthStep, src_->imageData + size_t(y) * src_->widthStep, row);
+    return d;
+}
+
+ZanImage* Call::same(int depth) { return keep(newLike(*src_, depth)); }
+
+ZanImage* Call::mask() { return keep(newImage(1, ZAN_DEPTH_1U, "GRAY", "G", src_->width, src_->height)); }
+
+ZanImage* Call::keep(ImagePtr im) {
+    owned_.push_back(std::move(im));
+    return owned_.back().get();
+}
+
+ImagePtr Call::take(ZanImage* result) {
+    for (auto& p : owned_)
+        if (p.get() == result) return std::move(p);
+    throw Failure("the operation made no image");
+}
+
+const std::vector<OpDef>& operations() { return kOps; }
+
+const OpDef* findOperation(const std::string& name) {
+    for (const OpDef& op : kOps)
+        if (name == op.name) return &op;
+    return nullptr;
+}
+
+ImagePtr runOperation(const OpDef& op, const ZanImage& src, const std::vector<std::string>& args,
+                      const ZanImage* other) {
+    if (args.size() < requiredArgs(op.usage))
+        throw Failure(std::string(op.name) + " needs: " + op.usage);
+    Call call(&src, args, other);
+    ZanImage* result = op.run(call);
+    check();
+    return call.take(result);
+}
+
+}  // namespace zanpx
