@@ -40,8 +40,8 @@ ZanStatus constantChecks(const Op& op, ZanImage* img, double value, ZanImage* re
     if (floatForm && img->depth != ZAN_DEPTH_32F)
         return ZAN_REFUSE(op, ZAN_StsBadArg, "(img->depth!=ZAN_DEPTH_32F)", ZAN_StsBadDepth);
     if (withEps && !(eps > 0.0f)) return ZAN_REFUSE(op, ZAN_StsBadArg, "(eps<=0.)", ZAN_StsBadArg);
-    CompareSpec spec{rel, value, double(eps)};
-    return compareWithConstant(op, *img, *res, spec);
+    CompareRule rule{rel, value, double(eps)};
+    return compareWithConstant(op, *img, *res, rule);
 }
 
 ZanStatus imageChecks(const Op& op, ZanImage* img1, ZanImage* img2, ZanImage* res, Relation rel, float eps,
@@ -69,8 +69,8 @@ ZanStatus imageChecks(const Op& op, ZanImage* img1, ZanImage* img2, ZanImage* re
     bool coi = (img1->roi && img1->roi->coi) || (img2->roi && img2->roi->coi);
     if (!coi && img1->alphaChannel != img2->alphaChannel)
         return ZAN_REFUSE(op, ZAN_StsBadAlphaChannel, "bad alpha channel's number", ZAN_StsBadAlphaChannel);
-    CompareSpec spec{rel, 0.0, double(eps)};
-    return compareImages(op, *img1, *img2, *res, spec);
+    CompareRule rule{rel, 0.0, double(eps)};
+    return compareImages(op, *img1, *img2, *res, rule);
 }
 
 // Nothing may escape the export: an engine failure becomes a reported status.

@@ -122,13 +122,13 @@ ZanStatus walk(const Op& op, ZanImage* const* sources, int nSources, ZanImage& r
 
 }  // namespace
 
-ZanStatus compareWithConstant(const Op& op, ZanImage& img, ZanImage& res, const CompareSpec& spec) {
+ZanStatus compareWithConstant(const Op& op, ZanImage& img, ZanImage& res, const CompareRule& rule) {
     ZanImage* src[1] = {&img};
     Channels ch = selectChannels(img, false);
-    Pred pred{spec.rel, spec.eps};
+    Pred pred{rule.rel, rule.eps};
     const bool integer = img.depth != ZAN_DEPTH_32F;
-    const double value = spec.value;
-    const float fvalue = float(spec.value);
+    const double value = rule.value;
+    const float fvalue = float(rule.value);
     const DepthRange range = depthRange(img.depth);
     return walk(op, src, 1, res, [&](const View* v, int y, int w, uint8_t* bits, uint8_t* tmp) {
         Pixel px{&v[0], ch};
@@ -137,7 +137,7 @@ ZanStatus compareWithConstant(const Op& op, ZanImage& img, ZanImage& res, const 
             std::memset(bits, pred(range.lo, value) ? 0xFF : 0x00, size_t(w + 7) / 8);
             return;
         }
-        if (integer && fastConstant8u(px, y, w, spec.rel, int(value), bits, tmp)) return;
+        if (integer && fastConstant8u(px, y, w, rule.rel, int(value), bits, tmp)) return;
         withSampleReader(img.depth, [&](auto load) {
             if (integer) {
                 const int64_t c = int64_t(value);
@@ -149,10 +149,10 @@ ZanStatus compareWithConstant(const Op& op, ZanImage& img, ZanImage& res, const 
     });
 }
 
-ZanStatus compareImages(const Op& op, ZanImage& img1, ZanImage& img2, ZanImage& res, const CompareSpec& spec) {
+ZanStatus compareImages(const Op& op, ZanImage& img1, ZanImage& img2, ZanImage& res, const CompareRule& rule) {
     ZanImage* src[2] = {&img1, &img2};
     Channels c1 = selectChannels(img1, false), c2 = selectChannels(img2, false);
-    Pred pred{spec.rel, spec.eps};
+    Pred pred{rule.rel, rule.eps};
     return walk(op, src, 2, res, [&](const View* v, int y, int w, uint8_t* bits, uint8_t*) {
         Pixel px{&v[0], c1};
         withSampleReader(img1.depth, [&](auto load) {

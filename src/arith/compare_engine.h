@@ -8,14 +8,14 @@ namespace zan {
 
 enum class Relation { Less, Greater, Equal, Near };  // Near: |a - b| <= eps
 
-struct CompareSpec {
+struct CompareRule {
     Relation rel;
     double value;  // the constant of the image-constant forms
     double eps;
 };
 
 // Both return the status for the caller (0, or the status of a reported failure).
-ZanStatus compareWithConstant(const Op& op, ZanImage& img, ZanImage& res, const CompareSpec& spec);
-ZanStatus compareImages(const Op& op, ZanImage& img1, ZanImage& img2, ZanImage& res, const CompareSpec& spec);
+ZanStatus compareWithConstant(const Op& op, ZanImage& img, ZanImage& res, const CompareRule& rule);
+ZanStatus compareImages(const Op& op, ZanImage& img1, ZanImage& img2, ZanImage& res, const CompareRule& rule);
 
 }  // namespace zan
