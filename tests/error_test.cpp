@@ -1,7 +1,6 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
-#include <thread>
 
 #include "core/platform.h"
 #include "core/report_text.h"
@@ -142,24 +141,5 @@ TEST(ErrorFrame, LeafModeEndsTheProcess) {
     zanSetErrMode(ZAN_ErrModeSilent);
     EXPECT_EQ(zanNulDevReport(-5, "f", "c", "x", 1), -5);
     EXPECT_EQ(zanStdErrReport(-5, "f", "c", "x", 1), -5);
-    zanSetErrMode(ZAN_ErrModeLeaf);
-}
-
-TEST(ErrorFrame, ThreadsHaveTheirOwnStatusModeAndCallback) {
-    zanSetErrStatus(-7);
-    zanSetErrMode(ZAN_ErrModeSilent);
-    std::thread t([] {
-        EXPECT_EQ(zanGetErrStatus(), 0);
-        EXPECT_EQ(zanGetErrMode(), ZAN_ErrModeLeaf);
-        EXPECT_EQ(zanRedirectError(counting), zanGuiBoxReport);
-        zanSetErrMode(ZAN_ErrModeParent);
-        zanError(-4, "f", "c", "x", 1);
-        EXPECT_EQ(zanGetErrStatus(), -4);
-    });
-    t.join();
-    EXPECT_EQ(zanGetErrStatus(), -7);
-    EXPECT_EQ(zanGetErrMode(), ZAN_ErrModeSilent);
-    EXPECT_EQ(zanRedirectError(nullptr), zanGuiBoxReport);
-    zanSetErrStatus(0);
     zanSetErrMode(ZAN_ErrModeLeaf);
 }
