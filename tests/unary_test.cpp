@@ -1,13 +1,9 @@
 // Absolute value, square, scaled products, norms and the sample range: the
 // saturating edges, the refused depths, and random images against a model
-// through ROI, COI, alpha and masks.
-#include <gtest/gtest.h>
-
+// through COI, alpha and masks.
 #include <cmath>
-#include <random>
 
 #include "sample_model.h"
-#include "test_support.h"
 
 using namespace zantest;
 
@@ -26,29 +22,22 @@ void expectSamples(const Image& dst, const Image& src, Model model) {
 
 }  // namespace
 
-TEST_F(Unary, AbsAndSquareSaturate) {
-    std::mt19937 rng(41);
-    for (int depth : {ZAN_DEPTH_8U, ZAN_DEPTH_8S, ZAN_DEPTH_16U, ZAN_DEPTH_16S, ZAN_DEPTH_32S, ZAN_DEPTH_32F}) {
-        Image s(3, depth, 11, 3), d(3, depth, 11, 3);
-        randomize(s, rng);
-        put(s, 0, 0, 0, clampTo(depth, -1e10));  // -128, -32768, INT_MIN: no positive twin
+// Random images through abs and square are the frame tests' business; the
+// negative extremes have no positive twin and seldom turn up at random.
+TEST_F(Unary, AbsAndSquareEdges) {
+    for (int depth : {ZAN_DEPTH_8S, ZAN_DEPTH_16S, ZAN_DEPTH_32S}) {
+        Image s(1, depth, 1, 1), d(1, depth, 1, 1);
+        put(s, 0, 0, 0, clampTo(depth, -1e10));
         zanAbs(s, d);
-        ASSERT_EQ(zanGetErrStatus(), 0);
-        expectSamples(d, s, [&](double v, int, int, int) { return clampTo(depth, std::fabs(v)); });
+        EXPECT_EQ(get(d, 0, 0), clampTo(depth, 1e10)) << depth;
         zanSquare(s, d);
-        expectSamples(d, s, [&](double v, int, int, int) {
-            return depth == ZAN_DEPTH_32F ? double(float(v) * float(v)) : clampTo(depth, v * v);
-        });
+        EXPECT_EQ(get(d, 0, 0), clampTo(depth, 1e10)) << depth;
     }
-    Image b(1, ZAN_DEPTH_1U, 13, 2), bd(1, ZAN_DEPTH_1U, 13, 2);
-    b.row(0)[0] = 0xA7, b.row(0)[1] = 0xF8;
-    zanSquare(b, bd);
-    EXPECT_EQ(bd.row(0)[0], 0xA7);
-    EXPECT_EQ(bd.row(0)[1] & 0xF8, 0xF8);
     Image big(1, ZAN_DEPTH_32F, 1, 1), bigd(1, ZAN_DEPTH_32F, 1, 1);
     put(big, 0, 0, 0, 1e30);
     zanSquare(big, bigd);  // no clamp
     EXPECT_TRUE(std::isinf(get(bigd, 0, 0)));
+    EXPECT_TRUE(log.empty());
     zanAbs(nullptr, bigd);
     ASSERT_FALSE(log.empty());
     EXPECT_EQ(log.last().func, "zanAbs");
