@@ -106,7 +106,7 @@ TEST_F(Compare, ConstantFormsAgainstModel) {
                     for (const Form& f : kForms) {
                         ASSERT_EQ(f.constant(img, value, res), 0);
                         ASSERT_TRUE(matchesModel(res, img, [&](int, int, int) { return value; }, f.rel))
-                            << f.name << " depth " << depth << " order " << order << " nch " << nch << " value " << value;
+                            << f.name << " depth " << depth << " order " << order << " nch " << nch << " c " << value;
                     }
                 }
             }
@@ -161,7 +161,8 @@ TEST_F(Compare, ChannelOfInterestResultOffsetAndMasks) {
     // Every pixel of g satisfies "< 1". The result ROI starts at bit offset 3;
     // bits outside it stay, and so do those where a mask (read from its own
     // origin) is 0. A mask on the image combines with the one on the result.
-    Image g(1, ZAN_DEPTH_8U, 20, 1), out(1, ZAN_DEPTH_1U, 24, 1), mask(1, ZAN_DEPTH_1U, 24, 1), gm(1, ZAN_DEPTH_1U, 20, 1);
+    Image g(1, ZAN_DEPTH_8U, 20, 1), gm(1, ZAN_DEPTH_1U, 20, 1);
+    Image out(1, ZAN_DEPTH_1U, 24, 1), mask(1, ZAN_DEPTH_1U, 24, 1);
     out.setROI(0, 3, 0, 10, 1);
     mask.row(0)[0] = 0xF0, mask.row(0)[1] = 0x0F;
     gm.row(0)[0] = 0x3F;

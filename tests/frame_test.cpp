@@ -29,9 +29,9 @@ double fromBits(int depth, uint64_t r) {
 }
 uint64_t toBits(int depth, double v) { return uint64_t(int64_t(v)) & depthMask(depth); }
 
-// Depths an operation takes: all, all but 32F (bitwise), all but 1U, or the
-// integer ones (image-constant arithmetic: 1U and 32F go elsewhere).
-enum Depths { kAll, kNoFloat, kNoBits, kIntegers };
+// Depths an operation takes: all, all but 32F (bitwise), or the integer ones
+// (image-constant arithmetic, whose 1U and 32F forms are handed elsewhere).
+enum Depths { kAll, kNoFloat, kIntegers };
 
 struct PointOp {
     const char* name;
@@ -40,8 +40,7 @@ struct PointOp {
     std::function<void(ZanImage*, ZanImage*, ZanImage*, unsigned)> run;
     std::function<double(int depth, const double* v, unsigned value)> model;
     bool takes(int depth) const {
-        bool bits = depth == ZAN_DEPTH_1U, real = depth == ZAN_DEPTH_32F;
-        return depths == kAll || (depths == kNoFloat && !real) || (depths == kNoBits && !bits) || (!bits && !real);
+        return depths == kAll || (depth != ZAN_DEPTH_32F && (depths == kNoFloat || depth != ZAN_DEPTH_1U));
     }
 };
 
@@ -86,7 +85,7 @@ std::vector<PointOp> pointOps() {
          arith([](const double* v, int c) { return c - v[0]; })},
         {"multiplyS", 1, kIntegers, WITH_CONST(zanMultiplyS(a, d, smallConst(v))),
          arith([](const double* v, int c) { return v[0] * c; })},
-        {"abs", 1, kNoBits, WITH_CONST(zanAbs(a, d)), arith([](const double* v, int) { return std::fabs(v[0]); })},
+        {"abs", 1, kAll, WITH_CONST(zanAbs(a, d)), arith([](const double* v, int) { return std::fabs(v[0]); })},
         {"square", 1, kAll, WITH_CONST(zanSquare(a, d)), arith([](const double* v, int) { return v[0] * v[0]; })},
     };
 }

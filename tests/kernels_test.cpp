@@ -126,7 +126,8 @@ void checkConstRows(ScalarRow<T> (*row)(UOp, Isa)) {
                         row(o.op, isa)(src.data() + start, got.data() + start, ptrdiff_t(n), c);
                         ASSERT_EQ(got, want) << "op " << int(o.op) << " isa " << int(isa) << " c " << c << " n " << n;
                         row(o.op, isa)(src.data() + start, src.data() + start, ptrdiff_t(n), c);  // in place
-                        ASSERT_TRUE(std::equal(src.begin() + ptrdiff_t(start), src.end(), want.begin() + ptrdiff_t(start)));
+                        ASSERT_TRUE(std::equal(src.begin() + long(start), src.end(), want.begin() + long(start)))
+                            << "in place";
                     }
 }
 
