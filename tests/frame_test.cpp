@@ -1,6 +1,8 @@
 // Random images through the point-operation frame, checked against the
-// pixel-by-pixel model: ROIs (clipped), COI, alpha, plane order, masks on any
-// image, sizes that differ, in-place use, the whole-buffer path and tiles.
+// pixel-by-pixel model: every two-source, bitwise, image-constant and one-source operation
+// through ROIs (clipped), COI, alpha, plane order, masks on any image, sizes
+// that differ, in-place use, the whole-buffer path and tiles.
+#include <cmath>
 #include <memory>
 #include <thread>
 
@@ -27,13 +29,26 @@ double fromBits(int depth, uint64_t r) {
 }
 uint64_t toBits(int depth, double v) { return uint64_t(int64_t(v)) & depthMask(depth); }
 
+// Depths an operation takes: all, all but 32F (bitwise), or the integer ones
+// (image-constant arithmetic, whose 1U and 32F forms are handed elsewhere).
+enum Depths { kAll, kNoFloat, kIntegers };
+
 struct PointOp {
     const char* name;
     int sources;
-    bool bitwise;  // refuses 32F
+    Depths depths;
     std::function<void(ZanImage*, ZanImage*, ZanImage*, unsigned)> run;
     std::function<double(int depth, const double* v, unsigned value)> model;
+    bool takes(int depth) const {
+        return depths == kAll || (depth != ZAN_DEPTH_32F && (depths == kNoFloat || depth != ZAN_DEPTH_1U));
+    }
 };
+
+#define BINARY(f) [](ZanImage* a, ZanImage* b, ZanImage* d, unsigned) { f(a, b, d); }
+#define WITH_CONST(call) [](ZanImage* a, ZanImage*, ZanImage* d, unsigned v) { call; }
+
+// A small signed constant, so that results both saturate and do not.
+int smallConst(unsigned value) { return int(value % 601) - 300; }
 
 std::vector<PointOp> pointOps() {
     auto bitOp = [](auto f) {
@@ -47,27 +62,31 @@ std::vector<PointOp> pointOps() {
             return fromBits(depth, f(toBits(depth, v[0]), c) & depthMask(depth));
         };
     };
+    auto arith = [](auto f) {
+        return [f](int depth, const double* v, unsigned value) { return clampTo(depth, f(v, smallConst(value))); };
+    };
     return {
-        {"add", 2, false, [](ZanImage* a, ZanImage* b, ZanImage* d, unsigned) { zanAdd(a, b, d); },
-         [](int depth, const double* v, unsigned) { return saturateTo(depth, v[0] + v[1]); }},
-        {"subtract", 2, false, [](ZanImage* a, ZanImage* b, ZanImage* d, unsigned) { zanSubtract(a, b, d); },
-         [](int depth, const double* v, unsigned) { return saturateTo(depth, v[0] - v[1]); }},
-        {"multiply", 2, false, [](ZanImage* a, ZanImage* b, ZanImage* d, unsigned) { zanMultiply(a, b, d); },
-         [](int depth, const double* v, unsigned) { return saturateTo(depth, v[0] * v[1]); }},
-        {"and", 2, true, [](ZanImage* a, ZanImage* b, ZanImage* d, unsigned) { zanAnd(a, b, d); },
-         bitOp([](uint64_t a, uint64_t b) { return a & b; })},
-        {"or", 2, true, [](ZanImage* a, ZanImage* b, ZanImage* d, unsigned) { zanOr(a, b, d); },
-         bitOp([](uint64_t a, uint64_t b) { return a | b; })},
-        {"xor", 2, true, [](ZanImage* a, ZanImage* b, ZanImage* d, unsigned) { zanXor(a, b, d); },
-         bitOp([](uint64_t a, uint64_t b) { return a ^ b; })},
-        {"andS", 1, true, [](ZanImage* a, ZanImage*, ZanImage* d, unsigned c) { zanAndS(a, d, c); },
-         constOp([](uint64_t a, uint64_t c) { return a & c; })},
-        {"orS", 1, true, [](ZanImage* a, ZanImage*, ZanImage* d, unsigned c) { zanOrS(a, d, c); },
-         constOp([](uint64_t a, uint64_t c) { return a | c; })},
-        {"xorS", 1, true, [](ZanImage* a, ZanImage*, ZanImage* d, unsigned c) { zanXorS(a, d, c); },
-         constOp([](uint64_t a, uint64_t c) { return a ^ c; })},
-        {"not", 1, true, [](ZanImage* a, ZanImage*, ZanImage* d, unsigned) { zanNot(a, d); },
+        {"add", 2, kAll, BINARY(zanAdd), arith([](const double* v, int) { return v[0] + v[1]; })},
+        {"subtract", 2, kAll, BINARY(zanSubtract), arith([](const double* v, int) { return v[0] - v[1]; })},
+        {"multiply", 2, kAll, BINARY(zanMultiply), arith([](const double* v, int) { return v[0] * v[1]; })},
+        {"and", 2, kNoFloat, BINARY(zanAnd), bitOp([](uint64_t a, uint64_t b) { return a & b; })},
+        {"or", 2, kNoFloat, BINARY(zanOr), bitOp([](uint64_t a, uint64_t b) { return a | b; })},
+        {"xor", 2, kNoFloat, BINARY(zanXor), bitOp([](uint64_t a, uint64_t b) { return a ^ b; })},
+        {"andS", 1, kNoFloat, WITH_CONST(zanAndS(a, d, v)), constOp([](uint64_t a, uint64_t c) { return a & c; })},
+        {"orS", 1, kNoFloat, WITH_CONST(zanOrS(a, d, v)), constOp([](uint64_t a, uint64_t c) { return a | c; })},
+        {"xorS", 1, kNoFloat, WITH_CONST(zanXorS(a, d, v)), constOp([](uint64_t a, uint64_t c) { return a ^ c; })},
+        {"not", 1, kNoFloat, WITH_CONST(zanNot(a, d)),
          [](int depth, const double* v, unsigned) { return fromBits(depth, ~toBits(depth, v[0]) & depthMask(depth)); }},
+        {"addS", 1, kIntegers, WITH_CONST(zanAddS(a, d, smallConst(v))),
+         arith([](const double* v, int c) { return v[0] + c; })},
+        {"subtractS", 1, kIntegers, WITH_CONST(zanSubtractS(a, d, smallConst(v), 0)),
+         arith([](const double* v, int c) { return v[0] - c; })},
+        {"reverse subtractS", 1, kIntegers, WITH_CONST(zanSubtractS(a, d, smallConst(v), 1)),
+         arith([](const double* v, int c) { return c - v[0]; })},
+        {"multiplyS", 1, kIntegers, WITH_CONST(zanMultiplyS(a, d, smallConst(v))),
+         arith([](const double* v, int c) { return v[0] * c; })},
+        {"abs", 1, kAll, WITH_CONST(zanAbs(a, d)), arith([](const double* v, int) { return std::fabs(v[0]); })},
+        {"square", 1, kAll, WITH_CONST(zanSquare(a, d)), arith([](const double* v, int) { return v[0] * v[0]; })},
     };
 }
 
@@ -95,13 +114,13 @@ Scene makeScene(std::mt19937& rng, int depth, int sources) {
         if (kind == 2 && base == 1) { nCh = 3; coi = pick(rng, 1, 3); }
         int w = alike ? w0 : pick(rng, 1, 70), h = alike ? h0 : pick(rng, 1, 9);
         auto im = std::make_unique<Image>(nCh, depth, w, h, order, alike ? align : 4 << pick(rng, 0, 3), alpha);
-        fillRandom(im->im, rng);
+        randomize(im->im, rng);
         if (coi || (!alike && pick(rng, 0, 1)))
             im->setROI(coi, pick(rng, 0, w), pick(rng, 0, h), pick(rng, 1, w + 3), pick(rng, 1, h + 2));
         if (!alike && pick(rng, 0, 3) == 0) {
             int mw = pick(rng, 1, 80), mh = pick(rng, 1, 10);
             auto m = std::make_unique<Image>(1, ZAN_DEPTH_1U, mw, mh, pick(rng, 0, 1));
-            fillRandom(m->im, rng);
+            randomize(m->im, rng);
             if (pick(rng, 0, 1)) m->setROI(0, pick(rng, 0, mw / 2), pick(rng, 0, mh / 2), pick(rng, 1, mw), pick(rng, 1, mh));
             im->im->maskROI = m->im;
             s.masks.push_back(std::move(m));
@@ -132,7 +151,7 @@ TEST_F(FrameRandom, MatchesModelForEveryOperationAndDepth) {
     std::mt19937 rng(1234);
     for (const PointOp& op : pointOps()) {
         for (int depth : kDepths) {
-            if (op.bitwise && depth == ZAN_DEPTH_32F) continue;
+            if (!op.takes(depth)) continue;
             for (int iter = 0; iter < 60; ++iter) {
                 Scene s = makeScene(rng, depth, op.sources);
                 unsigned value = unsigned(rng());
@@ -155,7 +174,7 @@ TEST_F(FrameRandom, TiledImagesGiveTheUntiledResult) {
     const int tileSizes[][2] = {{8, 8}, {16, 8}, {24, 16}, {64, 16}, {128, 128}};
     for (const PointOp& op : pointOps()) {
         for (int depth : kDepths) {
-            if (op.bitwise && depth == ZAN_DEPTH_32F) continue;
+            if (!op.takes(depth)) continue;
             for (int iter = 0; iter < 12; ++iter) {
                 Scene s = makeScene(rng, depth, op.sources);
                 unsigned value = unsigned(rng());
@@ -197,7 +216,7 @@ TEST_F(FrameRandom, ConcurrentCallsAreIndependent) {
             for (int iter = 0; iter < 40; ++iter) {
                 Scene s = makeScene(rng, ZAN_DEPTH_8U, 2);
                 auto want = modelResult({s.src(0), s.src(1)}, s.dst(),
-                                        [](const double* v) { return saturateTo(ZAN_DEPTH_8U, v[0] + v[1]); });
+                                        [](const double* v) { return clampTo(ZAN_DEPTH_8U, v[0] + v[1]); });
                 zanAdd(s.src(0), s.src(1), s.dst());
                 if (!samePixels(s.dst(), want.data())) ++bad[size_t(t)];
                 clearMasks(s);

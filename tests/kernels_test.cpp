@@ -1,21 +1,21 @@
-// Every SIMD variant of the binary rows against the scalar reference: random
-// data, odd lengths, unaligned starts, and in place. The reference itself is
-// pinned by the saturation cases of the operation tests.
+// Every SIMD variant of the row kernels against the scalar reference: random
+// data, odd lengths, unaligned starts, and in place. The references themselves
+// are pinned by the operation tests.
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <limits>
 #include <random>
 #include <vector>
 
 #include "kernels/binary_rows.h"
+#include "kernels/scalar_kernels.h"
 #include "zanpx.h"
 
 using namespace zan::kern;
 
 namespace {
 
-const int kSmallDepths[] = {ZAN_DEPTH_8U, ZAN_DEPTH_8S, ZAN_DEPTH_16U, ZAN_DEPTH_16S};
-const Arith kAriths[] = {Arith::Add, Arith::Sub, Arith::Mul};
 const Bitwise kBitwise[] = {Bitwise::And, Bitwise::Or, Bitwise::Xor, Bitwise::AndNot};
 const int kLengths[] = {0, 1, 7, 15, 16, 17, 31, 33, 63, 64, 65, 100, 257};
 
@@ -33,16 +33,21 @@ std::vector<unsigned char> randomBytes(std::mt19937& rng, size_t n) {
     return v;
 }
 
+template <class T>
+std::vector<T> randomSamples(std::mt19937& rng, size_t n) {
+    std::vector<T> v(n);
+    auto bytes = randomBytes(rng, n * sizeof(T));
+    if (n) std::memcpy(v.data(), bytes.data(), bytes.size());
+    if (n > 3) v[1] = 0, v[2] = std::numeric_limits<T>::max();  // whatever the draw
+    return v;
+}
+
 TEST(BinaryRows, SimdArithmeticMatchesReference) {
     std::mt19937 rng(7);
     for (Isa isa : simdIsas())
-        for (Arith op : kAriths)
-            for (int depth : kSmallDepths) {
-                BinaryRow ref = scalarRowTable()->arith[int(op)][depth == ZAN_DEPTH_8U    ? 0
-                                                                 : depth == ZAN_DEPTH_8S  ? 1
-                                                                 : depth == ZAN_DEPTH_16U ? 2
-                                                                                          : 3];
-                BinaryRow simd = arithRow(op, depth, isa);
+        for (Arith op : {Arith::Add, Arith::Sub, Arith::Mul})
+            for (int depth : {ZAN_DEPTH_8U, ZAN_DEPTH_8S, ZAN_DEPTH_16U, ZAN_DEPTH_16S}) {
+                BinaryRow ref = arithRow(op, depth, Isa::Scalar), simd = arithRow(op, depth, isa);
                 int bytes = (depth & 0xFF) / 8;
                 for (int n : kLengths)
                     for (int shift = 0; shift < 3; ++shift) {
@@ -54,8 +59,7 @@ TEST(BinaryRows, SimdArithmeticMatchesReference) {
                         simd(a.data() + off, b.data() + off, got.data() + off, n);
                         ASSERT_EQ(want, got) << "isa " << int(isa) << " op " << int(op) << " depth " << depth
                                              << " n " << n;
-                        // In place: the destination is source A.
-                        simd(a.data() + off, b.data() + off, a.data() + off, n);
+                        simd(a.data() + off, b.data() + off, a.data() + off, n);  // in place
                         ASSERT_EQ(0, std::memcmp(a.data() + off, want.data() + off, size_t(n) * bytes));
                     }
             }
@@ -63,27 +67,21 @@ TEST(BinaryRows, SimdArithmeticMatchesReference) {
 
 TEST(BinaryRows, SimdBitwiseMatchesReference) {
     std::mt19937 rng(8);
-    for (Isa isa : simdIsas()) {
-        for (Bitwise op : kBitwise)
+    for (Isa isa : simdIsas())
+        for (int k = 0; k < 4; ++k)
             for (int n : kLengths)
                 for (int off = 0; off < 3; ++off) {
                     auto a = randomBytes(rng, size_t(n) + 8), b = randomBytes(rng, size_t(n) + 8);
                     std::vector<unsigned char> want(size_t(n) + 8, 0x5A), got(want);
-                    bitwiseRow(op, Isa::Scalar)(a.data() + off, b.data() + off, want.data() + off, n);
-                    bitwiseRow(op, isa)(a.data() + off, b.data() + off, got.data() + off, n);
-                    ASSERT_EQ(want, got) << "isa " << int(isa) << " op " << int(op) << " n " << n;
-                }
-        for (int k = 0; k < 3; ++k)
-            for (int n : kLengths)
-                for (int off = 0; off < 3; ++off) {
+                    bitwiseRow(kBitwise[k], Isa::Scalar)(a.data() + off, b.data() + off, want.data() + off, n);
+                    bitwiseRow(kBitwise[k], isa)(a.data() + off, b.data() + off, got.data() + off, n);
+                    ASSERT_EQ(want, got) << "isa " << int(isa) << " op " << k << " n " << n;
+                    if (k == 3) continue;  // no constant form of AndNot
                     uint32_t pattern = constPattern(ZAN_DEPTH_16U, rng());
-                    auto s = randomBytes(rng, size_t(n) + 8);
-                    std::vector<unsigned char> want(size_t(n) + 8, 0x5A), got(want);
-                    bitwiseConstRow(kBitwise[k], Isa::Scalar)(s.data() + off, want.data() + off, n, pattern);
-                    bitwiseConstRow(kBitwise[k], isa)(s.data() + off, got.data() + off, n, pattern);
+                    bitwiseConstRow(kBitwise[k], Isa::Scalar)(a.data() + off, want.data() + off, n, pattern);
+                    bitwiseConstRow(kBitwise[k], isa)(a.data() + off, got.data() + off, n, pattern);
                     ASSERT_EQ(want, got) << "isa " << int(isa) << " const op " << k << " n " << n;
                 }
-    }
 }
 
 // Rows long enough to be stored past the cache, from every start alignment.
@@ -106,6 +104,50 @@ TEST(BinaryRows, LongRowsMatchReference) {
             bitwiseConstRow(Bitwise::Or, isa)(a.data() + off, got.data() + off, n, 0x0F1E2D3Cu);
             ASSERT_EQ(want, got);
         }
+}
+
+// Image-constant rows, over the constants where saturation starts.
+template <class T>
+void checkConstRows(ScalarRow<T> (*row)(UOp, Isa)) {
+    std::mt19937 rng(7);
+    const int max = std::numeric_limits<T>::max();
+    const struct { UOp op; std::vector<int> constants; } ops[] = {
+        {UOp::Sub, {-max, -max + 1, -200, -1, 0, 1, 77, max / 2, max - 1, max}},
+        {UOp::RevSub, {0, 1, 100, max - 1, max, max + 1, max + max / 3, 2 * max - 1, 2 * max}},
+        {UOp::Mul, {0, 1, 2, 3, 129, max / 2, max - 1, max}},
+    };
+    for (const auto& o : ops)
+        for (Isa isa : simdIsas())
+            for (int c : o.constants)
+                for (size_t n : {0, 1, 15, 31, 33, 64, 129})
+                    for (size_t start : {0, 1, 3}) {
+                        std::vector<T> src = randomSamples<T>(rng, n + start), want(n + start), got(n + start);
+                        row(o.op, Isa::Scalar)(src.data() + start, want.data() + start, ptrdiff_t(n), c);
+                        row(o.op, isa)(src.data() + start, got.data() + start, ptrdiff_t(n), c);
+                        ASSERT_EQ(got, want) << "op " << int(o.op) << " isa " << int(isa) << " c " << c << " n " << n;
+                        row(o.op, isa)(src.data() + start, src.data() + start, ptrdiff_t(n), c);  // in place
+                        ASSERT_TRUE(std::equal(src.begin() + long(start), src.end(), want.begin() + long(start)))
+                            << "in place";
+                    }
+}
+
+TEST(ScalarRows, VariantsMatchReference8u) { checkConstRows<uint8_t>(constRow8u); }
+TEST(ScalarRows, VariantsMatchReference16u) { checkConstRows<uint16_t>(constRow16u); }
+
+TEST(ScalarRows, CompareVariantsMatchReference) {
+    std::mt19937 rng(11);
+    for (Rel rel : {Rel::Less, Rel::Greater, Rel::Equal})
+        for (Isa isa : simdIsas())
+            for (int c : {0, 1, 100, 127, 128, 254, 255})
+                for (size_t n : {1, 7, 8, 17, 31, 32, 33, 95, 200})
+                    for (size_t start : {0, 1, 5}) {
+                        std::vector<uint8_t> src = randomSamples<uint8_t>(rng, n + start);
+                        if (n > 6) src[start + 5] = uint8_t(c);  // equality must be hit
+                        std::vector<uint8_t> want((n + 7) / 8, 0xAA), got((n + 7) / 8, 0x55);
+                        cmpRow8u(rel, Isa::Scalar)(src.data() + start, want.data(), ptrdiff_t(n), c);
+                        cmpRow8u(rel, isa)(src.data() + start, got.data(), ptrdiff_t(n), c);
+                        ASSERT_EQ(got, want) << "rel " << int(rel) << " isa " << int(isa) << " c " << c << " n " << n;
+                    }
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <random>
 
-#include "zanpx.h"
+#include "test_support.h"
 
 namespace zantest {
 
@@ -73,15 +73,17 @@ inline void fill(const ZanImage* im, double value) {
             for (int c = 0; c < planes; ++c) put(im, x, y, c, value);
 }
 
+// Saturation of the model: exact in double, then clamped (1U to 0..1, 32F rounded to float).
 inline double clampTo(int depth, double v) {
     double lo, hi;
     switch (depth) {
+        case ZAN_DEPTH_1U: lo = 0; hi = 1; break;
         case ZAN_DEPTH_8U: lo = 0; hi = 255; break;
         case ZAN_DEPTH_8S: lo = -128; hi = 127; break;
         case ZAN_DEPTH_16U: lo = 0; hi = 65535; break;
         case ZAN_DEPTH_16S: lo = -32768; hi = 32767; break;
         case ZAN_DEPTH_32S: lo = -2147483648.0; hi = 2147483647.0; break;
-        default: return v;
+        default: return static_cast<float>(v);
     }
     return v < lo ? lo : v > hi ? hi : v;
 }

@@ -1,13 +1,10 @@
 // Absolute value, square, scaled products, norms and the sample range: the
 // saturating edges, the refused depths, and random images against a model
-// through ROI, COI, alpha and masks.
-#include <gtest/gtest.h>
-
+// through COI, alpha and masks.
 #include <cmath>
-#include <random>
+#include <utility>
 
 #include "sample_model.h"
-#include "test_support.h"
 
 using namespace zantest;
 
@@ -26,29 +23,22 @@ void expectSamples(const Image& dst, const Image& src, Model model) {
 
 }  // namespace
 
-TEST_F(Unary, AbsAndSquareSaturate) {
-    std::mt19937 rng(41);
-    for (int depth : {ZAN_DEPTH_8U, ZAN_DEPTH_8S, ZAN_DEPTH_16U, ZAN_DEPTH_16S, ZAN_DEPTH_32S, ZAN_DEPTH_32F}) {
-        Image s(3, depth, 11, 3), d(3, depth, 11, 3);
-        randomize(s, rng);
-        put(s, 0, 0, 0, clampTo(depth, -1e10));  // -128, -32768, INT_MIN: no positive twin
+// Random images through abs and square are the frame tests' business; the
+// negative extremes have no positive twin and seldom turn up at random.
+TEST_F(Unary, AbsAndSquareEdges) {
+    for (int depth : {ZAN_DEPTH_8S, ZAN_DEPTH_16S, ZAN_DEPTH_32S}) {
+        Image s(1, depth, 1, 1), d(1, depth, 1, 1);
+        put(s, 0, 0, 0, clampTo(depth, -1e10));
         zanAbs(s, d);
-        ASSERT_EQ(zanGetErrStatus(), 0);
-        expectSamples(d, s, [&](double v, int, int, int) { return clampTo(depth, std::fabs(v)); });
+        EXPECT_EQ(get(d, 0, 0), clampTo(depth, 1e10)) << depth;
         zanSquare(s, d);
-        expectSamples(d, s, [&](double v, int, int, int) {
-            return depth == ZAN_DEPTH_32F ? double(float(v) * float(v)) : clampTo(depth, v * v);
-        });
+        EXPECT_EQ(get(d, 0, 0), clampTo(depth, 1e10)) << depth;
     }
-    Image b(1, ZAN_DEPTH_1U, 13, 2), bd(1, ZAN_DEPTH_1U, 13, 2);
-    b.row(0)[0] = 0xA7, b.row(0)[1] = 0xF8;
-    zanSquare(b, bd);
-    EXPECT_EQ(bd.row(0)[0], 0xA7);
-    EXPECT_EQ(bd.row(0)[1] & 0xF8, 0xF8);
     Image big(1, ZAN_DEPTH_32F, 1, 1), bigd(1, ZAN_DEPTH_32F, 1, 1);
     put(big, 0, 0, 0, 1e30);
     zanSquare(big, bigd);  // no clamp
     EXPECT_TRUE(std::isinf(get(bigd, 0, 0)));
+    EXPECT_TRUE(log.empty());
     zanAbs(nullptr, bigd);
     ASSERT_FALSE(log.empty());
     EXPECT_EQ(log.last().func, "zanAbs");
@@ -62,15 +52,12 @@ TEST_F(Unary, ScaledProductsRoundToNearest) {
         Image a(3, depth, 17, 3), b(3, depth, 17, 3), d(3, depth, 17, 3);
         randomize(a, rng);
         randomize(b, rng);
-        put(a, 0, 0, 0, max), put(b, 0, 0, 0, max);
-        put(a, 1, 0, 0, max), put(b, 1, 0, 0, 1);
+        put(a, 0, 0, 0, max), put(b, 0, 0, 0, max);  // the top must stay the top
         zanMultiplyScale(a, b, d);
         ASSERT_EQ(zanGetErrStatus(), 0);
         expectSamples(d, a, [&](double v, int x, int y, int c) {
             return std::floor((v * get(b, x, y, c) + std::floor(max / 2)) / max);
         });
-        EXPECT_EQ(get(d, 0, 0), max);
-        EXPECT_EQ(get(d, 1, 0), 1);
         for (int value : {-5, 0, 1, 128, int(max), 100000}) {
             zanMultiplySScale(a, d, value);
             double c = value < 0 ? 0 : value > max ? max : value;
@@ -143,29 +130,27 @@ TEST_F(Unary, NormsOverProcessedSamples) {
 }
 
 TEST_F(Unary, MinMaxOfProcessedSamples) {
+    auto range = [](ZanImage* im) {
+        float lo = 0, hi = 0;
+        EXPECT_EQ(zanMinMaxFP(im, &lo, &hi), 0);
+        return std::make_pair(lo, hi);
+    };
     Image f(2, ZAN_DEPTH_32F, 5, 2), s(1, ZAN_DEPTH_16S, 5, 2), mask(1, ZAN_DEPTH_1U, 5, 2);
     fill(f, 1.5);
     put(f, 4, 1, 1, -7.25);
     put(f, 2, 0, 0, 9.0);
-    float lo = 0, hi = 0;
-    EXPECT_EQ(zanMinMaxFP(f, &lo, &hi), 0);
-    EXPECT_EQ(lo, -7.25f);
-    EXPECT_EQ(hi, 9.0f);
+    EXPECT_EQ(range(f), std::make_pair(-7.25f, 9.0f));
     f.setROI(1, 0, 0, 5, 2);
-    EXPECT_EQ(zanMinMaxFP(f, &lo, &hi), 0);
-    EXPECT_EQ(lo, 1.5f);
+    EXPECT_EQ(range(f), std::make_pair(1.5f, 9.0f));
     fill(s, 3);
     put(s, 0, 0, 0, -32768);
     put(s, 4, 1, 0, 32767);
+    EXPECT_EQ(range(s), std::make_pair(-32768.0f, 32767.0f));
     mask.row(0)[0] = 0x70, mask.row(1)[0] = 0x70;
     s->maskROI = mask;
-    EXPECT_EQ(zanMinMaxFP(s, &lo, &hi), 0);
-    EXPECT_EQ(lo, 3.0f);
-    EXPECT_EQ(hi, 3.0f);
+    EXPECT_EQ(range(s), std::make_pair(3.0f, 3.0f));
     s->maskROI = nullptr;
-    EXPECT_EQ(zanMinMaxFP(s, &lo, &hi), 0);
-    EXPECT_EQ(lo, -32768.0f);
-    EXPECT_EQ(hi, 32767.0f);
+    float lo = 0, hi = 0;
     EXPECT_EQ(zanMinMaxFP(s, nullptr, &hi), ZAN_StsBadArg);
     EXPECT_EQ(log.last().func, "zanMinMaxFP");
     EXPECT_EQ(zanMinMaxFP(nullptr, &lo, &hi), -9);
