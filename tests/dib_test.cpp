@@ -235,7 +235,9 @@ TEST_F(DibTest, ReadersGiveTheSamePicture) {
     for (int bpp : {4, 8, 16, 24, 32}) {
         for (int height : {2, -2}) {
             SCOPED_TRACE(bpp * height);
-            Dib d(3, height, bpp, bpp == 16 ? 3 : 0, bpp <= 8 ? pal : bpp == 16 ? std::vector<uint32_t>{0xF800, 0x07E0, 0x1F} : std::vector<uint32_t>{});
+            std::vector<uint32_t> table = bpp <= 8 ? pal : std::vector<uint32_t>{};
+            if (bpp == 16) table = {0xF800, 0x07E0, 0x1F};
+            Dib d(3, height, bpp, bpp == 16 ? 3 : 0, table);
             for (int i = 0; i < 6; ++i) {
                 int x = i % 3, y = i / 3, n = idx[y][x];
                 uint8_t* row = d.storedRow(y);
@@ -413,7 +415,8 @@ TEST_F(DibTest, ReducedOutputs) {
     zanConvertToDIB(src, d.h(), 1, 2);
     zanConvertFromDIB(d.h(), back);
     double err = 0;
-    for (int i = 0; i < src->imageSize; ++i) err += std::abs(int(uint8_t(src->imageData[i])) - int(uint8_t(back->imageData[i])));
+    for (int i = 0; i < src->imageSize; ++i)
+        err += std::abs(int(uint8_t(src->imageData[i])) - int(uint8_t(back->imageData[i])));
     EXPECT_LT(err / src->imageSize, 50.0);
     for (int i = 0; i < g->imageSize; ++i) g->imageData[i] = char(i * 7);
     Dib bw(16, 4, 1, 0, kBlackWhite);
@@ -459,7 +462,8 @@ TEST_F(DibTest, RealFiles) {
         ASSERT_TRUE(zanpx::parseBmp(file.data(), file.size(), dib, error)) << error;
         ZanBitmapInfoHeader* hd = dib.header();
         int w = 0, h = 0, maxv = 0, used = 0;
-        ASSERT_EQ(std::sscanf(std::string(ppm.begin(), ppm.begin() + std::min<size_t>(ppm.size(), 64)).c_str(), "P6 %d %d %d%n", &w, &h, &maxv, &used), 3);
+        std::string magic(ppm.begin(), ppm.begin() + std::min<size_t>(ppm.size(), 64));
+        ASSERT_EQ(std::sscanf(magic.c_str(), "P6 %d %d %d%n", &w, &h, &maxv, &used), 3);
         const uint8_t* ref = ppm.data() + used + 1;
         ASSERT_EQ(ppm.size(), size_t(used + 1) + size_t(w) * h * 3);
         if (hd->biSize != 40) continue;  // a core header: nothing more to read

@@ -127,12 +127,14 @@ TEST_F(ReduceBits, MatchesModelOnRandomImages) {
         {3, ZAN_DEPTH_16U, ZAN_DEPTH_8U, 0, 3, 0, nullptr},   {1, ZAN_DEPTH_8U, ZAN_DEPTH_8U, 0, 8, 0, nullptr},
         {1, ZAN_DEPTH_8U, ZAN_DEPTH_8U, 0, 1, 0, nullptr},    {1, ZAN_DEPTH_8U, ZAN_DEPTH_1U, 0, 1, 0, nullptr},
         {1, ZAN_DEPTH_16U, ZAN_DEPTH_8U, 0, 8, 0, nullptr},   {1, ZAN_DEPTH_32S, ZAN_DEPTH_16U, 0, 16, 0, nullptr},
-        {1, ZAN_DEPTH_8U, ZAN_DEPTH_1U, 0, 1, 2, &kFloyd, ZAN_ORIGIN_BL}, {3, ZAN_DEPTH_8U, ZAN_DEPTH_8U, 1, 2, 8, &kSecond, ZAN_ORIGIN_BL},
+        {1, ZAN_DEPTH_8U, ZAN_DEPTH_1U, 0, 1, 2, &kFloyd, ZAN_ORIGIN_BL},
+        {3, ZAN_DEPTH_8U, ZAN_DEPTH_8U, 1, 2, 8, &kSecond, ZAN_ORIGIN_BL},
     };
     uint32_t seed = 1;
     for (const Case& k : cases) {
         SCOPED_TRACE("case " + std::to_string(seed));
-        Image src = make(k.nCh, k.srcDepth, 37, 11, k.order, k.origin), dst = make(k.nCh, k.dstDepth, 37, 11, k.order, k.origin);
+        Image src = make(k.nCh, k.srcDepth, 37, 11, k.order, k.origin);
+        Image dst = make(k.nCh, k.dstDepth, 37, 11, k.order, k.origin);
         fillRandom(src, seed++);
         zanReduceBits(src, dst, 0, k.dither, k.levels);
         ASSERT_EQ(zanGetErrStatus(), 0);
@@ -186,8 +188,8 @@ TEST_F(ReduceBits, JitterTypesDifferButRepeat) {
 TEST_F(ReduceBits, TiledImagesGiveTheUntiledResult) {
     for (int nCh : {3, 1}) {
         int dstDepth = nCh == 3 ? ZAN_DEPTH_8U : ZAN_DEPTH_1U, dither = nCh == 3 ? 4 : 2;
-        Image src = make(nCh, ZAN_DEPTH_8U, 21, 19), dst = make(nCh, dstDepth, 21, 19),
-              tsrc = make(nCh, ZAN_DEPTH_8U, 21, 19), tdst = make(nCh, dstDepth, 21, 19), back = make(nCh, dstDepth, 21, 19);
+        Image src = make(nCh, ZAN_DEPTH_8U, 21, 19), tsrc = make(nCh, ZAN_DEPTH_8U, 21, 19);
+        Image dst = make(nCh, dstDepth, 21, 19), tdst = make(nCh, dstDepth, 21, 19), back = make(nCh, dstDepth, 21, 19);
         fillRandom(src, 11);
         std::memcpy(tsrc->imageData, src->imageData, size_t(src->imageSize));
         zantest::TileServer ss, ds;
