@@ -264,7 +264,13 @@ TEST_F(DibTest, ReadersGiveTheSamePicture) {
     }
 }
 
-TEST_F(DibTest, BitFieldsAlpha) {
+TEST_F(DibTest, BitFields) {
+    // 16 bits without masks are 5-5-5: 0x7C00 is full red, no green.
+    Dib d16(1, 1, 16, 0, {});
+    d16.bits()[1] = 0x7C;
+    Image rgb = colour(1, 1);
+    zanConvertFromDIB(d16.h(), rgb);
+    EXPECT_EQ(std::make_pair(at(rgb, 0, 0, 2), at(rgb, 0, 0, 1)), std::make_pair(248, 0));
     // 32-bit bit fields: alpha is every bit above the colour masks.
     Dib d32(1, 1, 32, 3, {0x3FF00000, 0xFFC00, 0x3FF});
     uint32_t px = 0xC0000000u | 0x3FFu << 20 | 0x200u << 10 | 0x001;
