@@ -58,6 +58,7 @@ TEST_F(RleTest, DecoderErrors) {
         {4, 4, 2, {3, 0x12, 0, 0}, "mismatch biWidth"},
         {4, 4, 3, {4, 0x12, 0, 1}, "mismatch biHeight"},
         {4, 4, 2, {0, 2, 1, 3}, "bad Delta command"},
+        {8, 4, -2, {4, 5, 0, 0, 4, 5, 0, 1}, "mismatch biHeight or biWidth"},  // top-down reaches the decoder
     };
     for (const Case& c : cases) {
         std::string kind = c.bpp == 8 ? "BI_RLE8" : "BI_RLE4";
@@ -65,28 +66,29 @@ TEST_F(RleTest, DecoderErrors) {
                   "ownrle: Incorrect format of " + kind + " DIB (" + c.what + ")" + tail)
             << kind << " " << c.what;
     }
-    // A negative height reaches the decoder through zanConvertFromDIB.
-    EXPECT_EQ(decodeText(8, 4, -2, {4, 5, 0, 0, 4, 5, 0, 1}),
-              "ownrle: Incorrect format of BI_RLE8 DIB (mismatch biHeight or biWidth)" + tail);
 }
 
+// Rows are stored bottom first: delta skips leave index 0; the end may come on
+// the last row, after its end-of-line, or not at all once the rows are done.
+// RLE4 runs alternate their two nibbles; absolute runs pad to words. A run
+// past the width is cut there, never written beyond the row.
 TEST_F(RleTest, DecoderCommands) {
+    struct Case {
+        int bpp, w, h;
+        std::vector<uint8_t> stream, want;
+    } cases[] = {
+        {8, 4, 2, {0, 2, 1, 1, 3, 9, 0, 1}, {0, 9, 9, 9, 0, 0, 0, 0}},
+        {8, 3, 1, {0, 3, 1, 2, 3, 0, 0, 0, 0, 1}, {1, 2, 3}},
+        {8, 3, 1, {3, 7}, {7, 7, 7}},
+        {4, 5, 1, {5, 0x1F, 0, 0}, {1, 15, 1, 15, 1}},
+        {4, 5, 1, {0, 5, 0x12, 0x34, 0x50, 0, 0, 0}, {1, 2, 3, 4, 5}},
+        {8, 2, 1, {200, 4, 0, 1}, {4, 4}},
+    };
     std::vector<uint8_t> px;
-    // Rows are stored bottom first: delta skips leave index 0; the end may
-    // come on the last row or after its end-of-line.
-    EXPECT_EQ(decodeText(8, 4, 2, {0, 2, 1, 1, 3, 9, 0, 1}, &px), "");
-    EXPECT_EQ(px, (std::vector<uint8_t>{0, 9, 9, 9, 0, 0, 0, 0}));
-    EXPECT_EQ(decodeText(8, 3, 1, {0, 3, 1, 2, 3, 0, 0, 0, 0, 1}, &px), "");  // absolute, padded
-    EXPECT_EQ(px, (std::vector<uint8_t>{1, 2, 3}));
-    EXPECT_EQ(decodeText(8, 3, 1, {3, 7}, &px), "");  // no end at all once the rows are done
-    // RLE4: runs alternate their two nibbles, absolute runs pad to words.
-    EXPECT_EQ(decodeText(4, 5, 1, {5, 0x1F, 0, 0}, &px), "");
-    EXPECT_EQ(px, (std::vector<uint8_t>{1, 15, 1, 15, 1}));
-    EXPECT_EQ(decodeText(4, 5, 1, {0, 5, 0x12, 0x34, 0x50, 0, 0, 0}, &px), "");
-    EXPECT_EQ(px, (std::vector<uint8_t>{1, 2, 3, 4, 5}));
-    // A run past the width is cut there, never written beyond the row.
-    EXPECT_EQ(decodeText(8, 2, 1, {200, 4, 0, 1}, &px), "");
-    EXPECT_EQ(px, (std::vector<uint8_t>{4, 4}));
+    for (const Case& c : cases) {
+        EXPECT_EQ(decodeText(c.bpp, c.w, c.h, c.stream, &px), "");
+        EXPECT_EQ(px, c.want);
+    }
 }
 
 // Random rows of many run lengths survive encoding, within the room promised.
@@ -98,20 +100,15 @@ TEST_F(RleTest, EncoderRoundTrip) {
             const int h = 5;
             int64_t stride = zan::rle::decodedStride(bpp, w);
             std::vector<uint8_t> rows(size_t(stride * h), 0);
-            for (int y = 0; y < h; ++y) {
-                int x = 0;
-                while (x < w) {
-                    int len = 1 + int(rng() % (y == 0 ? 2 : y == 1 ? 300 : 6)), v = int(rng() % (1 << bpp));
-                    for (int k = 0; k < len && x < w; ++k, ++x) {
-                        uint8_t* r = &rows[size_t(y * stride)];
-                        if (bpp == 8) r[x] = uint8_t(v);
-                        else r[x / 2] = uint8_t(r[x / 2] | (x & 1 ? v : v << 4));
-                    }
+            for (int y = 0; y < h; ++y)
+                for (int x = 0, len = 0, v = 0; x < w; ++x, --len) {
+                    if (len == 0) len = 1 + int(rng() % (y == 0 ? 2 : y == 1 ? 300 : 6)), v = int(rng() % (1 << bpp));
+                    uint8_t* r = &rows[size_t(y * stride)];
+                    if (bpp == 8) r[x] = uint8_t(v);
+                    else r[x / 2] = uint8_t(r[x / 2] | (x & 1 ? v : v << 4));
                 }
-            }
-            int64_t room = zan::dib::rleCapacity(w, h);
-            std::vector<uint8_t> stream(static_cast<size_t>(room));
-            int64_t n = zan::rle::encode(op, rows.data(), stride, bpp, w, h, stream.data(), room);
+            std::vector<uint8_t> stream(size_t(zan::dib::rleCapacity(w, h)));
+            int64_t n = zan::rle::encode(op, rows.data(), stride, bpp, w, h, stream.data(), int64_t(stream.size()));
             ASSERT_GT(n, 0);
             zan::Buffer back = zan::rle::decode(stream.data(), n, bpp, w, h);
             ASSERT_TRUE(back);
@@ -127,9 +124,8 @@ TEST_F(RleTest, WorstCaseFitsTheRoom) {
     for (int w : {1, 2, 3, 5, 255, 256, 511}) {
         std::vector<uint8_t> row(size_t(zan::rle::decodedStride(8, w)));
         for (int x = 0; x < w; ++x) row[size_t(x)] = uint8_t((x / 2) * 37 + (x % 5 == 0));
-        int64_t room = zan::dib::rleCapacity(w, 1);
-        std::vector<uint8_t> stream(static_cast<size_t>(room));
-        EXPECT_GT(zan::rle::encode(op, row.data(), int64_t(row.size()), 8, w, 1, stream.data(), room), 0) << w;
+        std::vector<uint8_t> stream(size_t(zan::dib::rleCapacity(w, 1)));
+        EXPECT_GT(zan::rle::encode(op, row.data(), int64_t(row.size()), 8, w, 1, stream.data(), int64_t(stream.size())), 0) << w;
     }
     EXPECT_TRUE(log.empty());
 }
