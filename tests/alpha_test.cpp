@@ -205,14 +205,17 @@ TEST_F(AlphaLayout, MasksTilesAndOddAddressesMatchAPlainRun) {
     zantest::untile(tiled, sd, d);
     EXPECT_TRUE(sameBytes(d, plain));
 
-    // 16U samples one byte off alignment, composited in place.
+    // 16U samples one byte off a sample boundary are refused, and left alone.
     std::vector<char> block(size_t(a->imageSize) + 1);
     std::memcpy(block.data() + 1, a->imageData, size_t(a->imageSize));
     ZanImage odd = *a.im;
     odd.imageData = block.data() + 1;
     run(&odd, b, &odd);
-    EXPECT_EQ(std::memcmp(block.data() + 1, plain->imageData, size_t(plain->imageSize)), 0);
-    ASSERT_TRUE(log.empty());
+    EXPECT_EQ(std::memcmp(block.data() + 1, a->imageData, size_t(a->imageSize)), 0);
+    ASSERT_EQ(log.reports().size(), 1u);
+    EXPECT_EQ(log.last().status, ZAN_StsBadDataPtr);
+    EXPECT_EQ(log.last().context, "Incorrect Image");
+    log.clear();
 
     sa.failGets = true;
     run(tiledA, b, tiled);

@@ -92,4 +92,12 @@ TEST_F(HeaderCheck, OperationsAlsoRequireRowsToFitTheBlock) {
     EXPECT_EQ(zanGetErrStatus(), -10);
     img->imageSize = 12 * 4 * 3;
     EXPECT_EQ(zan::checkImage(img), 0);
+    img->widthStep = 11;  // rows off a 16-bit sample boundary
+    img->imageSize = 11 * 4 * 3;
+    EXPECT_EQ(zan::checkImage(img), -13);
+    img->widthStep = 12;
+    img->imageSize = 12 * 4 * 3;
+    img->imageData += 1;
+    EXPECT_EQ(zan::checkImage(img), -12);
+    img->imageData -= 1;
 }

@@ -41,6 +41,10 @@ ZanStatus checkHeader(const ZanImage* im, bool geometry) {
         int64_t bits = int64_t(im->width) * depthBits(im->depth) *
                        (im->dataOrder == ZAN_DATA_ORDER_PIXEL ? im->nChannels : 1);
         if (row < 0 || im->widthStep < (bits + 7) / 8) return ZAN_StsBadStep;
+        // Kernels read whole samples: rows and the first pixel must sit on a sample boundary.
+        int sample = depthBytes(im->depth);
+        if (sample > 1 && im->widthStep % sample) return ZAN_StsBadStep;
+        if (sample > 1 && reinterpret_cast<uintptr_t>(im->imageData) % sample) return ZAN_StsBadDataPtr;
         int64_t planes = im->dataOrder == ZAN_DATA_ORDER_PIXEL ? 1 : im->nChannels;
         if (int64_t(im->widthStep) * im->height * planes > im->imageSize) return ZAN_StsBadImageSize;
     }
