@@ -2,7 +2,7 @@
  * zanpx.h - the public interface of the ZanPX image-processing library.
  *
  * Plain C99 and C++ compatible. Every export uses the standard calling
- * convention on 32-bit Windows (ZAN_STDCALL) and is exported under its plain
+ * convention on 32-bit x86 (ZAN_STDCALL) and is exported under its plain
  * name. Operations return nothing (or a pointer / status where noted); the
  * outcome of a call is read afterwards with zanGetErrStatus().
  */
@@ -16,6 +16,10 @@
 /* ------------------------------------------------------------------------ */
 #if defined(_WIN32) && (defined(_M_IX86) || defined(__i386__))
 #  define ZAN_STDCALL __stdcall
+#elif defined(__i386__) && defined(__GNUC__)
+/* 32-bit x86 elsewhere keeps the Windows convention, so the callee-cleanup
+   path is built and tested natively too. */
+#  define ZAN_STDCALL __attribute__((__stdcall__))
 #else
 #  define ZAN_STDCALL
 #endif

@@ -3,10 +3,10 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 
 #include "commands.h"
+#include "gallery.h"
 #include "library.h"
 #include "ops.h"
 
@@ -62,88 +62,12 @@ ImagePtr grayAsColour(const ZanImage& g) {
     return im;
 }
 
-std::string escape(const std::string& s) {
-    std::string out;
-    for (char c : s) {
-        if (c == '<') out += "&lt;";
-        else if (c == '>') out += "&gt;";
-        else if (c == '&') out += "&amp;";
-        else if (c == '"') out += "&quot;";
-        else out += c;
-    }
-    return out;
-}
-
 std::vector<std::string> split(const std::string& s) {
     std::istringstream in(s);
     std::vector<std::string> out;
     for (std::string w; in >> w;) out.push_back(w);
     return out;
 }
-
-struct Entry {
-    std::string title, help, input, inputCaption, output, error;
-    std::string other, otherCaption;  // the second picture of two-image operations
-};
-
-class Gallery {
-public:
-    explicit Gallery(fs::path dir) : dir_(std::move(dir)) {}
-
-    void save(const ZanImage& im, const std::string& name, const SaveOptions& o = SaveOptions{}) {
-        saveBmp(im, (dir_ / name).string(), o);
-    }
-
-    void add(Entry e) {
-        if (!e.error.empty()) std::fprintf(stderr, "zanpx demo: %s: %s\n", e.title.c_str(), e.error.c_str());
-        entries_.push_back(std::move(e));
-    }
-
-    bool failed() const {
-        for (const Entry& e : entries_)
-            if (!e.error.empty()) return true;
-        return false;
-    }
-
-    void write() const {
-        std::ostringstream html;
-        html << "<!doctype html>\n<html lang=\"en\"><head><meta charset=\"utf-8\"><title>ZanPX demo</title>\n"
-                "<style>body{font-family:sans-serif;background:#eee;margin:2em;color:#222}"
-                "section{display:flex;gap:1.5em;align-items:flex-start;background:#fff;padding:1em;margin:1em 0;"
-                "border-radius:6px}figure{margin:0}img{width:256px;image-rendering:pixelated;border:1px solid #ccc}"
-                "figcaption{font-size:.85em;margin-top:.3em}.about{max-width:28em}.error{color:#b00}"
-                "code{background:#f2f2f2;padding:0 .2em}</style></head><body>\n"
-                "<h1>ZanPX demo</h1>\n<p>Each row shows an input picture and what one operation or file format "
-                "made of it. Every picture was written through the library's own DIB conversion.</p>\n";
-        for (const Entry& e : entries_) {
-            html << "<section><figure><img src=\"" << escape(e.input) << "\" alt=\"input\"><figcaption>"
-                 << escape(e.inputCaption) << "</figcaption></figure>";
-            if (!e.other.empty())
-                html << "<figure><img src=\"" << escape(e.other) << "\" alt=\"second input\"><figcaption>"
-                     << escape(e.otherCaption) << "</figcaption></figure>";
-            if (e.error.empty())
-                html << "<figure><img src=\"" << escape(e.output) << "\" alt=\"" << escape(e.title)
-                     << "\"><figcaption>" << escape(e.output) << "</figcaption></figure>";
-            html << "<div class=\"about\"><h2><code>" << escape(e.title) << "</code></h2><p>" << escape(e.help)
-                 << "</p>";
-            if (!e.error.empty()) html << "<p class=\"error\">failed: " << escape(e.error) << "</p>";
-            html << "</div></section>\n";
-        }
-        html << "</body></html>\n";
-        // Written whole under another name first, so no half page is left behind.
-        fs::path tmp = dir_ / "index.html.part";
-        {
-            std::ofstream out(tmp, std::ios::binary | std::ios::trunc);
-            out << html.str();
-            if (!out.flush()) throw Failure("cannot write " + tmp.string());
-        }
-        fs::rename(tmp, dir_ / "index.html");
-    }
-
-private:
-    fs::path dir_;
-    std::vector<Entry> entries_;
-};
 
 struct Source {
     const char* file;
@@ -173,20 +97,15 @@ int demoCommand(const Args& a) {
     for (const OpDef& op : operations()) {
         const Source& in = pictures[op.demoInput == Picture::Gray ? 1 : 0];
         std::string args = op.demoArgs;
-        Entry e{std::string(op.name) + (args.empty() ? "" : " " + args), op.help, in.file, in.caption,
-                std::string("op-") + op.name + ".bmp", "", "", ""};
-        try {
-            const ZanImage* other = in.image == colour.get() ? grayColour.get() : gray2.get();
-            ImagePtr out = runOperation(op, *in.image, split(args), other);
-            g.save(*out, e.output);
-            if (std::string(op.usage).find("IMAGE") != std::string::npos) {
-                e.other = in.image == colour.get() ? "rings-colour.bmp" : "ramp.bmp";
-                e.otherCaption = "second input";
-            }
-        } catch (const Failure& f) {
-            e.error = f.what();
-        }
-        g.add(std::move(e));
+        galleryRow(g, std::string(op.name) + (args.empty() ? "" : " " + args), op.help, [&] {
+            std::vector<Figure> figs{{in.file, in.caption}};
+            const bool colourIn = in.image == colour.get();
+            if (std::string(op.usage).find("IMAGE") != std::string::npos)
+                figs.push_back({colourIn ? "rings-colour.bmp" : "ramp.bmp", "second input"});
+            ImagePtr out = runOperation(op, *in.image, split(args), colourIn ? grayColour.get() : gray2.get());
+            figs.push_back(g.figure(*out, std::string("op-") + op.name + ".bmp", "result"));
+            return figs;
+        });
     }
 
     // The DIB writer's formats: palettes, dithering and run-length coding.
@@ -209,20 +128,22 @@ int demoCommand(const Args& a) {
         static const char* const paletteNames[] = {"keep", "fixed", "mediancut"};
         std::string title = "convert --bits " + std::to_string(f.bits) + (f.rle ? " --rle" : "") + " --palette " +
                             paletteNames[f.palette] + " --dither " + ditherName(f.dither);
-        Entry e{title, f.help, in.file, in.caption,
-                std::string("file-") + f.name + ".bmp", "", "", ""};
-        try {
+        galleryRow(g, title, f.help, [&] {
             SaveOptions o;
             o.bits = f.bits;
             o.dither = f.dither;
             o.palette = f.palette;
             o.rle = f.rle;
-            g.save(*in.image, e.output, o);
-        } catch (const Failure& x) {
-            e.error = x.what();
-        }
-        g.add(std::move(e));
+            std::string out = std::string("file-") + f.name + ".bmp";
+            g.save(*in.image, out, o);
+            return std::vector<Figure>{{in.file, in.caption}, {out, "written file"}};
+        });
     }
+
+    // The families' own rows: channels, spectra, modes side by side.
+    const Pictures pics{colour.get(), gray.get(), grayColour.get(), gray2.get()};
+    for (GallerySection::Fn section : gallerySections()) section(g, pics);
+
     g.write();
     std::printf("zanpx demo: wrote %s\n", (dir / "index.html").string().c_str());
     return g.failed() ? 1 : 0;

@@ -8,9 +8,9 @@
 namespace zanpx {
 namespace {
 
-// Every operation the program offers. Adding one is one line: name, its
-// arguments, what it does, the demo's arguments and picture, and the call.
-const std::vector<OpDef> kOps = {
+// The point operations. Adding one is one line: name, its arguments, what it
+// does, the demo's arguments and picture, and the call.
+const OpTable kPointOps(10, {
     // Two images.
     {"add", "IMAGE", "add another picture, saturating", "IMAGE", Picture::Colour, [](Call& c) { auto d = c.same(); zanAdd(c.src(), c.image(0), d); return d; }},
     {"subtract", "IMAGE", "subtract another picture, saturating at 0", "IMAGE", Picture::Colour, [](Call& c) { auto d = c.same(); zanSubtract(c.src(), c.image(0), d); return d; }},
@@ -47,7 +47,7 @@ const std::vector<OpDef> kOps = {
     {"reduce", "BITS [DITHER [JITTER]]", "keep BITS bits per sample; DITHER none fs sj1 sj2 ordered, JITTER 0-8", "1 fs", Picture::Colour, [](Call& c) { auto d = c.same(); zanReduceBits(c.src(), d, c.i(2), c.dither(1), c.i(0)); return d; }},
     {"reduce1", "DITHER [JITTER]", "black and white from gray: DITHER none fs sj1 sj2 ordered, JITTER 0-8", "fs", Picture::Gray, [](Call& c) { auto d = c.gray().same(ZAN_DEPTH_1U); zanReduceBits(c.src(), d, c.i(1), c.dither(0), 1); return d; }},
     {"jitter1", "TYPE", "black and white from gray by jitter of TYPE 1-8", "3", Picture::Gray, [](Call& c) { auto d = c.gray().same(ZAN_DEPTH_1U); zanReduceBits(c.src(), d, c.i(0), 1, 1); return d; }},
-};
+});
 
 size_t requiredArgs(const char* usage) {
     size_t n = 0;
@@ -62,6 +62,27 @@ size_t requiredArgs(const char* usage) {
 }
 
 }  // namespace
+
+namespace {
+// Filled during static initialisation, read only once main runs.
+std::vector<std::pair<int, std::vector<OpDef>>>& families() {
+    static std::vector<std::pair<int, std::vector<OpDef>>> f;
+    return f;
+}
+}  // namespace
+
+OpTable::OpTable(int order, std::vector<OpDef> ops) { families().emplace_back(order, std::move(ops)); }
+
+const std::vector<OpDef>& operations() {
+    static const std::vector<OpDef> all = [] {
+        auto f = families();
+        std::stable_sort(f.begin(), f.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+        std::vector<OpDef> out;
+        for (auto& fam : f) out.insert(out.end(), fam.second.begin(), fam.second.end());
+        return out;
+    }();
+    return all;
+}
 
 int Call::i(size_t k, int fallback) const {
     if (k >= args_.size()) return fallback;
@@ -121,10 +142,8 @@ ImagePtr Call::take(ZanImage* result) {
     throw Failure("the operation made no image");
 }
 
-const std::vector<OpDef>& operations() { return kOps; }
-
 const OpDef* findOperation(const std::string& name) {
-    for (const OpDef& op : kOps)
+    for (const OpDef& op : operations())
         if (name == op.name) return &op;
     return nullptr;
 }

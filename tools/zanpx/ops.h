@@ -52,6 +52,13 @@ struct OpDef {
     ZanImage* (*run)(Call&);
 };
 
+// Each family of operations keeps its own table in its own file and adds it
+// with a static registrar; `order` sorts the families in listings and the gallery.
+struct OpTable {
+    OpTable(int order, std::vector<OpDef> ops);
+};
+
+// Every registered operation, families in order.
 const std::vector<OpDef>& operations();
 const OpDef* findOperation(const std::string& name);
 
