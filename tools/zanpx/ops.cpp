@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <cctype>
 #include <cstring>
+#include <sstream>
 
 namespace zanpx {
 namespace {
@@ -84,6 +86,50 @@ const std::vector<OpDef>& operations() {
     return all;
 }
 
+Call::Call(const ZanImage* src, const std::vector<std::string>& args, const char* usage, const ZanImage* other)
+    : src_(const_cast<ZanImage*>(src)), other_(other) {
+    // Options the usage declares: "--name" words, taking a value when an
+    // upper-case word follows inside the same brackets.
+    std::vector<std::pair<std::string, bool>> declared;
+    std::istringstream words(usage);
+    std::vector<std::string> w;
+    for (std::string t; words >> t;) w.push_back(t);
+    for (size_t k = 0; k < w.size(); ++k) {
+        std::string t = w[k];
+        t.erase(std::remove_if(t.begin(), t.end(), [](char ch) { return ch == '[' || ch == ']'; }), t.end());
+        if (t.rfind("--", 0) != 0) continue;
+        bool value = w[k].back() != ']' && k + 1 < w.size() && std::isupper(static_cast<unsigned char>(w[k + 1][0]));
+        declared.emplace_back(t, value);
+    }
+    for (size_t k = 0; k < args.size(); ++k) {
+        const std::string& a = args[k];
+        if (a.rfind("--", 0) != 0) {
+            args_.push_back(a);
+            continue;
+        }
+        auto d = std::find_if(declared.begin(), declared.end(), [&](const auto& p) { return p.first == a; });
+        if (d == declared.end()) throw Failure("unknown option '" + a + "'");
+        if (!d->second) {
+            options_.emplace_back(a, "");
+        } else {
+            if (k + 1 >= args.size()) throw Failure(a + " needs a value");
+            options_.emplace_back(a, args[++k]);
+        }
+    }
+}
+
+bool Call::flag(const std::string& name) const {
+    for (const auto& o : options_)
+        if (o.first == name) return true;
+    return false;
+}
+
+std::string Call::option(const std::string& name, const std::string& fallback) const {
+    for (const auto& o : options_)
+        if (o.first == name) return o.second;
+    return fallback;
+}
+
 int Call::i(size_t k, int fallback) const {
     if (k >= args_.size()) return fallback;
     const std::string& s = args_[k];
@@ -150,9 +196,9 @@ const OpDef* findOperation(const std::string& name) {
 
 ImagePtr runOperation(const OpDef& op, const ZanImage& src, const std::vector<std::string>& args,
                       const ZanImage* other) {
-    if (args.size() < requiredArgs(op.usage))
+    Call call(&src, args, op.usage, other);
+    if (call.count() < requiredArgs(op.usage))
         throw Failure(std::string(op.name) + " needs: " + op.usage);
-    Call call(&src, args, other);
     ZanImage* result = op.run(call);
     check();
     return call.take(result);

@@ -8,13 +8,22 @@
 namespace zanpx {
 
 // One call of an operation: the source, its arguments and the images it made.
+//
+// Arguments are positional words and options. The usage string declares the
+// options: `[--name]` is a flag, `[--name VALUE]` takes the next word. Options
+// may come anywhere after OP; positional indices count the other words only.
 class Call {
 public:
-    Call(const ZanImage* src, std::vector<std::string> args, const ZanImage* other = nullptr)
-        : src_(const_cast<ZanImage*>(src)), args_(std::move(args)), other_(other) {}
+    // Throws Failure for an option the usage does not declare or a missing value.
+    Call(const ZanImage* src, const std::vector<std::string>& args, const char* usage,
+         const ZanImage* other = nullptr);
 
     ZanImage* src() const { return src_; }
     size_t count() const { return args_.size(); }
+    // Whether the flag --name was given.
+    bool flag(const std::string& name) const;
+    // The value of --name VALUE; `fallback` when it was not given.
+    std::string option(const std::string& name, const std::string& fallback = "") const;
     // Argument k as a number; `fallback` when it was not given.
     int i(size_t k, int fallback = 0) const;
     float f(size_t k, float fallback = 0) const;
@@ -36,7 +45,8 @@ public:
 private:
     ZanImage* keep(ImagePtr im);
     ZanImage* src_;
-    std::vector<std::string> args_;
+    std::vector<std::string> args_;  // positional words
+    std::vector<std::pair<std::string, std::string>> options_;  // name (with --), value
     const ZanImage* other_;
     std::vector<ImagePtr> owned_;
 };
