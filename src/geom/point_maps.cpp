@@ -1,0 +1,131 @@
+#include "geom/point_maps.h"
+
+#include <cmath>
+#include <cstdlib>
+
+namespace zan {
+namespace geom {
+namespace {
+
+constexpr int64_t kSaturated = INT64_C(1) << 61;  // what toFixed gives for a far position
+
+// A saturated column term that no row term can bring back inside.
+int64_t columnTerm(double u) {
+    int64_t f = toFixed(u);
+    return f >= kSaturated ? 2 * kSaturated : f <= -kSaturated ? -2 * kSaturated : f;
+}
+
+int copyRegion(const Region& r, double corners[4][2]) {
+    for (int k = 0; k < r.count; ++k) corners[k][0] = r.corners[k][0], corners[k][1] = r.corners[k][1];
+    return r.count;
+}
+
+}  // namespace
+
+void Region::set(const double q[4][2]) {
+    count = 4;
+    for (int k = 0; k < 4; ++k) corners[k][0] = q[k][0], corners[k][1] = q[k][1];
+}
+
+AffineMap::AffineMap(const double* m, int x0, int width, const Region& region) : x0_(x0), region_(region) {
+    for (int k = 0; k < 6; ++k) m_[k] = m[k];
+    ux_.resize(size_t(width));
+    vx_.resize(size_t(width));
+    for (int i = 0; i < width; ++i) {
+        ux_[size_t(i)] = columnTerm(m[0] * (x0 + i));
+        vx_[size_t(i)] = columnTerm(m[3] * (x0 + i));
+    }
+}
+
+void AffineMap::row(int y, int x0, int n, int64_t* u, int64_t* v) const {
+    const int64_t bu = toFixed(m_[1] * y + m_[2]), bv = toFixed(m_[4] * y + m_[5]);
+    const bool far = std::llabs(bu) >= kSaturated || std::llabs(bv) >= kSaturated;
+    const int64_t* ux = &ux_[size_t(x0 - x0_)];
+    const int64_t* vx = &vx_[size_t(x0 - x0_)];
+    for (int i = 0; i < n; ++i) {
+        u[i] = far ? kNowhere : ux[i] + bu;
+        v[i] = far ? kNowhere : vx[i] + bv;
+    }
+}
+
+bool AffineMap::at(double x, double y, double* u, double* v) const {
+    mapPoint(Kind::Affine, m_, x, y, u, v);
+    return true;
+}
+
+int AffineMap::regionCorners(double corners[4][2]) const { return copyRegion(region_, corners); }
+
+FormulaMap::FormulaMap(Kind kind, const double* m, const Region& region) : kind_(kind), region_(region) {
+    for (int k = 0; k < coefficientCount(kind); ++k) m_[k] = m[k];
+}
+
+void FormulaMap::row(int y, int x0, int n, int64_t* u, int64_t* v) const {
+    for (int i = 0; i < n; ++i) {
+        double a, b;
+        mapPoint(kind_, m_, double(x0 + i), double(y), &a, &b);
+        u[i] = toFixed(a);
+        v[i] = toFixed(b);
+    }
+}
+
+bool FormulaMap::at(double x, double y, double* u, double* v) const {
+    mapPoint(kind_, m_, x, y, u, v);
+    return std::isfinite(*u) && std::isfinite(*v);
+}
+
+int FormulaMap::regionCorners(double corners[4][2]) const { return copyRegion(region_, corners); }
+
+bool invertBilinearPoint(const double* c, const Corners& near, double x, double y, double* u, double* v) {
+    // Eliminating the source x leaves A t^2 + B t + C = 0 in the source y (t).
+    const double X = x - c[3], Y = y - c[7];
+    const double A = c[2] * c[4] - c[0] * c[6];
+    const double B = Y * c[0] - c[6] * c[1] - X * c[4] + c[2] * c[5];
+    const double C = Y * c[1] - X * c[5];
+    double roots[2];
+    int n = 0;
+    if (A == 0 || std::fabs(A) < 1e-14 * std::fabs(B)) {
+        if (B == 0) return false;
+        roots[n++] = -C / B;
+    } else {
+        const double disc = B * B - 4 * A * C;
+        if (disc < 0) return false;
+        const double q = -0.5 * (B + std::copysign(std::sqrt(disc), B));
+        roots[n++] = q / A;
+        if (q != 0) roots[n++] = C / q;
+    }
+    // Either root may be the wanted one: the one inside the rectangle wins.
+    bool have = false;
+    for (int k = 0; k < n; ++k) {
+        const double t = roots[k], d1 = c[0] * t + c[1], d2 = c[4] * t + c[5];
+        const double s = std::fabs(d1) >= std::fabs(d2) ? (X - c[2] * t) / d1 : (Y - c[6] * t) / d2;
+        if (!std::isfinite(s) || !std::isfinite(t)) continue;
+        const bool in = s >= near.x0 - 1e-6 && s <= near.x1 + 1e-6 && t >= near.y0 - 1e-6 && t <= near.y1 + 1e-6;
+        if (!have || in) *u = s, *v = t;
+        have = true;
+        if (in) break;
+    }
+    return have;
+}
+
+BilinearInverseMap::BilinearInverseMap(const double* c, const Corners& source, const Region& region)
+    : source_(source), region_(region) {
+    for (int k = 0; k < 8; ++k) c_[k] = c[k];
+}
+
+void BilinearInverseMap::row(int y, int x0, int n, int64_t* u, int64_t* v) const {
+    for (int i = 0; i < n; ++i) {
+        double a, b;
+        bool ok = invertBilinearPoint(c_, source_, double(x0 + i), double(y), &a, &b);
+        u[i] = ok ? toFixed(a) : kNowhere;
+        v[i] = ok ? toFixed(b) : kNowhere;
+    }
+}
+
+bool BilinearInverseMap::at(double x, double y, double* u, double* v) const {
+    return invertBilinearPoint(c_, source_, x, y, u, v);
+}
+
+int BilinearInverseMap::regionCorners(double corners[4][2]) const { return copyRegion(region_, corners); }
+
+}  // namespace geom
+}  // namespace zan

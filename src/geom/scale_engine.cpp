@@ -1,0 +1,120 @@
+#include "geom/scale_engine.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "kernels/interp.h"
+
+namespace zan {
+namespace geom {
+namespace {
+
+template <class T, class H, class Rows>
+struct Scaler {
+    const Rows& rows;
+    const AxisTable& tx;
+    const AxisTable& ty;
+    const Source& src;
+    Target& dst;
+
+    // Both axes nearest: one gather per destination row; a row that reads the
+    // same source row as the one before is a copy of it.
+    void nearest(const Lane& lane) {
+        const char* base = reinterpret_cast<const char*>(src.channel<T>(lane.srcFirst));
+        const int cn = lane.count, w = tx.count;
+        std::vector<int32_t> ofs(static_cast<size_t>(w));
+        for (int x = 0; x < w; ++x) ofs[size_t(x)] = tx.first[size_t(x)] * src.view().pixelStep;
+        std::vector<T> buf(static_cast<size_t>(w) * cn);
+        const T* last = nullptr;
+        for (int y = 0; y < ty.count; ++y) {
+            T* out = static_cast<T*>(dst.direct(lane, y, 0));
+            T* into = out ? out : buf.data();
+            if (last && y > 0 && ty.first[size_t(y)] == ty.first[size_t(y) - 1]) {
+                if (into != last) std::memcpy(into, last, buf.size() * sizeof(T));
+            } else {
+                rows.gather(reinterpret_cast<const T*>(base + ty.first[size_t(y)] * src.view().rowStep), ofs.data(),
+                            cn, into, w);
+            }
+            if (!out) dst.write(lane, y, 0, w, into);
+            last = into;
+        }
+    }
+
+    // Along x into rows of H kept in a ring (one per vertical tap), then down.
+    void filtered(const Lane& lane, int depth) {
+        const char* base = reinterpret_cast<const char*>(src.channel<T>(lane.srcFirst));
+        const int cn = lane.count, n = tx.count * cn, kx = tx.taps, ky = ty.taps;
+        const int step = src.view().pixelStep;
+        std::vector<int32_t> ofs(static_cast<size_t>(n));
+        std::vector<int16_t> wx(static_cast<size_t>(n) * kx, int16_t(kern::kWeightOne));
+        for (int x = 0; x < tx.count; ++x)
+            for (int c = 0; c < cn; ++c) {
+                size_t s = size_t(x) * cn + c;
+                ofs[s] = tx.first[size_t(x)] * step + c;
+                if (kx > 1) std::memcpy(&wx[s * kx], &tx.weights[size_t(x) * kx], size_t(kx) * sizeof(int16_t));
+            }
+        const std::vector<int16_t> one(1, int16_t(kern::kWeightOne));
+        const int16_t* wy = ky > 1 ? ty.weights.data() : one.data();
+        const int s1 = kern::stageShift(depth, tx.absSum);
+
+        std::vector<H> ring(static_cast<size_t>(n) * ky);
+        std::vector<const H*> taps(static_cast<size_t>(ky));
+        std::vector<T> buf(static_cast<size_t>(n));
+        int64_t next = 0;  // the first source row not yet filtered along x
+        for (int y = 0; y < ty.count; ++y) {
+            const int64_t first = ty.first[size_t(y)];
+            for (int64_t j = std::max(first, next); j < first + ky; ++j)
+                rows.horizontal(reinterpret_cast<const T*>(base + j * src.view().rowStep), ofs.data(), wx.data(), kx,
+                                step, s1, &ring[size_t(j % ky) * n], n);
+            next = first + ky;
+            for (int t = 0; t < ky; ++t) taps[size_t(t)] = &ring[size_t((first + t) % ky) * n];
+            T* out = static_cast<T*>(dst.direct(lane, y, 0));
+            rows.vertical(taps.data(), wy + (ky > 1 ? size_t(y) * ky : 0), ky, s1, out ? out : buf.data(), n);
+            if (!out) dst.write(lane, y, 0, tx.count, buf.data());
+        }
+    }
+
+    void run(const std::vector<Lane>& lanes, int depth) {
+        for (const Lane& lane : lanes) {
+            if (tx.nearest() && ty.nearest())
+                nearest(lane);
+            else
+                filtered(lane, depth);
+        }
+    }
+};
+
+}  // namespace
+
+int scaledCount(int srcCount, int dstCount, int factorDst, int factorSrc) {
+    int64_t scaled = int64_t(srcCount) * factorDst / factorSrc;
+    return int(std::min<int64_t>(dstCount, std::max<int64_t>(1, scaled)));
+}
+
+void scaleImage(const Op& op, ZanImage* src, ZanImage* dst, AxisSpec x, AxisSpec y, const TileTexts& texts) {
+    const Rect sr = processedRect(*src), dr = processedRect(*dst);
+    if (sr.empty() || dr.empty()) return;
+    x.srcCount = sr.width;
+    y.srcCount = sr.height;
+    x.count = scaledCount(sr.width, dr.width, x.dst, x.src);
+    y.count = scaledCount(sr.height, dr.height, y.dst, y.src);
+    const AxisTable tx = buildAxis(x), ty = buildAxis(y);
+
+    Source in;
+    Target out;
+    if (!in.open(op, src, sr, texts) || !out.open(op, dst, {dr.x, dr.y, x.count, y.count}, texts)) return;
+    const std::vector<Lane> lanes = pairLanes(*src, *dst);
+    const kern::Isa isa = kern::bestIsa();
+    if (out.sampleBytes() == 2) {
+        const kern::InterpRows16 rows = kern::interpRows16(isa);
+        Scaler<uint16_t, int32_t, kern::InterpRows16>{rows, tx, ty, in, out}.run(lanes, 16);
+    } else {
+        const kern::InterpRows8 rows = kern::interpRows8(isa);
+        Scaler<uint8_t, int16_t, kern::InterpRows8>{rows, tx, ty, in, out}.run(lanes, 8);
+    }
+    out.close(op);
+}
+
+}  // namespace geom
+}  // namespace zan
