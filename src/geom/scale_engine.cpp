@@ -61,14 +61,18 @@ struct Scaler {
         std::vector<H> ring(static_cast<size_t>(n) * ky);
         std::vector<const H*> taps(static_cast<size_t>(ky));
         std::vector<T> buf(static_cast<size_t>(n));
-        int64_t next = 0;  // the first source row not yet filtered along x
+        // Source row j lives in slot j % ky: the ky rows of one output never collide.
+        std::vector<int64_t> held(static_cast<size_t>(ky), -1);
         for (int y = 0; y < ty.count; ++y) {
             const int64_t first = ty.first[size_t(y)];
-            for (int64_t j = std::max(first, next); j < first + ky; ++j)
-                rows.horizontal(reinterpret_cast<const T*>(base + j * src.view().rowStep), ofs.data(), wx.data(), kx,
-                                step, s1, &ring[size_t(j % ky) * n], n);
-            next = first + ky;
-            for (int t = 0; t < ky; ++t) taps[size_t(t)] = &ring[size_t((first + t) % ky) * n];
+            for (int64_t j = first; j < first + ky; ++j) {
+                const size_t slot = size_t(j % ky);
+                if (held[slot] != j)
+                    rows.horizontal(reinterpret_cast<const T*>(base + j * src.view().rowStep), ofs.data(), wx.data(),
+                                    kx, step, s1, &ring[slot * n], n);
+                held[slot] = j;
+                taps[size_t(j - first)] = &ring[slot * n];
+            }
             T* out = static_cast<T*>(dst.direct(lane, y, 0));
             rows.vertical(taps.data(), wy + (ky > 1 ? size_t(y) * ky : 0), ky, s1, out ? out : buf.data(), n);
             if (!out) dst.write(lane, y, 0, tx.count, buf.data());
