@@ -124,8 +124,12 @@ bool Target::open(const Op& op, ZanImage* im, const Rect& r, const TileTexts& te
         view_ = imageView(*im, r);
     }
     if (const ZanImage* m = im->maskROI) {
+        // The mask lines up with the destination's processed rectangle, of which r may be a part.
+        const Rect pr = processedRect(*im);
         masked_ = true;
         mask_ = imageView(*m, processedRect(*m));
+        maskDx_ = r.x - pr.x;
+        maskDy_ = r.y - pr.y;
     }
     size_t bytes = size_t(r.width + 7) / 8 + 1;
     bits_.assign(bytes, 0);
@@ -148,6 +152,8 @@ const uint8_t* Target::maskRow(int y) const {
 
 bool Target::allowed(int y, int x) const {
     if (!masked_) return true;
+    x += maskDx_;
+    y += maskDy_;
     if (x >= mask_.width || y >= mask_.height) return false;
     int bit = mask_.bitOffset + x;
     return (maskRow(y)[bit >> 3] >> (7 - (bit & 7))) & 1;
@@ -163,10 +169,11 @@ void Target::write(const Lane& lane, int y, int x, int n, const void* samples) {
             if (s[i]) bits_[size_t(i) >> 3] = uint8_t(bits_[size_t(i) >> 3] | (0x80 >> (i & 7)));
         const uint8_t* keep = nullptr;
         if (masked_) {
+            const int mx = x + maskDx_, my = y + maskDy_;
             std::memset(keep_.data(), 0, size_t(n + 7) / 8);
-            if (y < mask_.height && x < mask_.width) {
-                int m = n < mask_.width - x ? n : mask_.width - x;
-                gatherBits(maskRow(y) + ((mask_.bitOffset + x) >> 3), (mask_.bitOffset + x) & 7, m, keep_.data());
+            if (my < mask_.height && mx < mask_.width) {
+                int m = n < mask_.width - mx ? n : mask_.width - mx;
+                gatherBits(maskRow(my) + ((mask_.bitOffset + mx) >> 3), (mask_.bitOffset + mx) & 7, m, keep_.data());
                 for (int i = m; i < ((m + 7) & ~7); ++i) keep_[size_t(i) >> 3] &= uint8_t(~(0x80 >> (i & 7)));
             }
             keep = keep_.data();

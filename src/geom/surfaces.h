@@ -91,7 +91,8 @@ public:
     void write(const Lane& lane, int y, int x, int n, const void* samples);
     // Reads them (smooth edges blend with what is there).
     void read(const Lane& lane, int y, int x, int n, void* samples) const;
-    // Whether the mask lets pixel (x, y) be written.
+    // Whether the mask lets pixel (x, y) be written. The mask lines up with the
+    // destination's processed rectangle, not with the part of it opened.
     bool allowed(int y, int x) const;
 
 private:
@@ -99,6 +100,7 @@ private:
     View view_;
     View mask_;
     bool masked_ = false;
+    int maskDx_ = 0, maskDy_ = 0;  // where the rectangle starts in the mask
     int width_ = 0, height_ = 0;
     StagedRect staged_;
     bool tiled_ = false;
