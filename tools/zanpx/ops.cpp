@@ -149,6 +149,8 @@ float Call::f(size_t k, float fallback) const {
     return v;
 }
 
+std::string Call::word(size_t k, const std::string& fallback) const { return k < args_.size() ? args_[k] : fallback; }
+
 int Call::dither(size_t k) const { return k < args_.size() ? ditherCode(args_[k]) : 1; }
 
 ZanImage* Call::image(size_t k) {
@@ -174,6 +176,13 @@ ZanImage* Call::copy() {
 }
 
 ZanImage* Call::same(int depth) { return keep(newLike(*src_, depth)); }
+
+ZanImage* Call::sized(int width, int height) {
+    ZanImage shape = *src_;
+    shape.width = width;
+    shape.height = height;
+    return keep(newLike(shape));
+}
 
 ZanImage* Call::mask() { return keep(newImage(1, ZAN_DEPTH_1U, "GRAY", "G", src_->width, src_->height)); }
 
