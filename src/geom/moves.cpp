@@ -41,13 +41,13 @@ void moveRows(kern::StrideRow<T> row, const Source& src, Target& dst, const std:
 }  // namespace
 
 void moveImage(const Op& op, ZanImage* src, const Rect& from, ZanImage* dst, const Rect& to, const IntMap& map,
-               const TileTexts& texts) {
+               const TileTexts& texts, kern::Isa isa) {
     if (from.empty() || to.empty()) return;
     Source in;
     Target out;
     if (!in.open(op, src, from, texts) || !out.open(op, dst, to, texts)) return;
     const std::vector<Lane> lanes = pairLanes(*src, *dst);
-    const kern::StrideRows rows = kern::strideRows(kern::bestIsa());
+    const kern::StrideRows rows = kern::strideRows(isa);
     const bool inPlace = src == dst;
     switch (out.sampleBytes()) {
         case 1: moveRows<uint8_t>(rows.rows8, in, out, lanes, map, inPlace); break;

@@ -4,6 +4,7 @@
 #include "core/op.h"
 #include "core/view.h"
 #include "geom/surfaces.h"
+#include "kernels/cpu.h"
 #include "zanpx.h"
 
 namespace zan {
@@ -22,7 +23,7 @@ struct IntMap {
 // srcImage may be dstImage (a mirror in place). The images have passed the
 // operation's checks.
 void moveImage(const Op& op, ZanImage* src, const Rect& from, ZanImage* dst, const Rect& to, const IntMap& map,
-               const TileTexts& texts);
+               const TileTexts& texts, kern::Isa isa = kern::bestIsa());
 
 }  // namespace geom
 }  // namespace zan

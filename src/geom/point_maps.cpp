@@ -127,5 +127,16 @@ bool BilinearInverseMap::at(double x, double y, double* u, double* v) const {
 
 int BilinearInverseMap::regionCorners(double corners[4][2]) const { return copyRegion(region_, corners); }
 
+void ImageMap::row(int y, int x0, int n, int64_t* u, int64_t* v) const {
+    const View& xv = xs_.view();
+    const View& yv = ys_.view();
+    const float* xr = reinterpret_cast<const float*>(xv.data + (y - dst_.y) * xv.rowStep) + (x0 - dst_.x);
+    const float* yr = reinterpret_cast<const float*>(yv.data + (y - dst_.y) * yv.rowStep) + (x0 - dst_.x);
+    for (int i = 0; i < n; ++i) {
+        u[i] = toFixed(xr[i]);
+        v[i] = toFixed(yr[i]);
+    }
+}
+
 }  // namespace geom
 }  // namespace zan

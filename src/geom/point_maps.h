@@ -61,6 +61,21 @@ private:
     Region region_;
 };
 
+// Map pixel (x, y) of two 32F map images (their rectangles) serves destination
+// pixel (x, y) of the destination's rectangle; its values are source image
+// coordinates.
+class ImageMap : public PointMap {
+public:
+    ImageMap(const Source& xs, const Source& ys, const Rect& dst) : xs_(xs), ys_(ys), dst_(dst) {}
+    void row(int y, int x0, int n, int64_t* u, int64_t* v) const override;
+    bool at(double, double, double*, double*) const override { return false; }
+
+private:
+    const Source& xs_;
+    const Source& ys_;
+    Rect dst_;
+};
+
 // Solves the bilinear transform c for the point mapped onto (x, y): the
 // solution inside `near` (with its tolerance) where there is one. False when
 // there is none.

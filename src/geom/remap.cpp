@@ -1,7 +1,7 @@
 // zanRemap: every destination pixel read where two map images say.
 #include "core/frame.h"
 #include "geom/geom_checks.h"
-#include "geom/warp_engine.h"
+#include "geom/point_maps.h"
 
 namespace {
 
@@ -9,30 +9,6 @@ using namespace zan;
 using namespace zan::geom;
 
 const Op kRemap{"zanRemap", "zanremap"};
-
-// Map pixel (x, y) of the maps' rectangles serves destination pixel (x, y) of
-// the destination's; its values are source image coordinates.
-class MapImages : public PointMap {
-public:
-    MapImages(const Source& xs, const Source& ys, const Rect& dst) : xs_(xs), ys_(ys), dst_(dst) {}
-    void row(int y, int x0, int n, int64_t* u, int64_t* v) const override {
-        const float* xr = line(xs_, y) + (x0 - dst_.x);
-        const float* yr = line(ys_, y) + (x0 - dst_.x);
-        for (int i = 0; i < n; ++i) {
-            u[i] = toFixed(xr[i]);
-            v[i] = toFixed(yr[i]);
-        }
-    }
-    bool at(double, double, double*, double*) const override { return false; }
-
-private:
-    const float* line(const Source& s, int y) const {
-        return reinterpret_cast<const float*>(s.view().data + (y - dst_.y) * s.view().rowStep);
-    }
-    const Source& xs_;
-    const Source& ys_;
-    Rect dst_;
-};
 
 bool badMap(const ZanImage* m) { return m->depth != ZAN_DEPTH_32F || m->nChannels != 1 || m->alphaChannel != 0; }
 
@@ -74,6 +50,6 @@ extern "C" ZAN_API void ZAN_STDCALL zanRemap(ZanImage* srcImage, ZanImage* xMap,
         if (!xs.open(op, xMap, {xr.x, xr.y, job.width, job.height}, job.texts) ||
             !ys.open(op, yMap, {yr.x, yr.y, job.width, job.height}, job.texts))
             return;
-        warpImage(op, s, d, MapImages(xs, ys, dr), job);
+        warpImage(op, s, d, ImageMap(xs, ys, dr), job);
     });
 }

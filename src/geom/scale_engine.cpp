@@ -27,14 +27,16 @@ struct Scaler {
         for (int x = 0; x < w; ++x) ofs[size_t(x)] = tx.first[size_t(x)] * src.view().pixelStep;
         std::vector<T> buf(static_cast<size_t>(w) * cn);
         const T* last = nullptr;
+        const ptrdiff_t extent = src.extent(lane.srcFirst), rowSamples = src.rowSamples();
         for (int y = 0; y < ty.count; ++y) {
             T* out = static_cast<T*>(dst.direct(lane, y, 0));
             T* into = out ? out : buf.data();
             if (last && y > 0 && ty.first[size_t(y)] == ty.first[size_t(y) - 1]) {
                 if (into != last) std::memcpy(into, last, buf.size() * sizeof(T));
             } else {
-                rows.gather(reinterpret_cast<const T*>(base + ty.first[size_t(y)] * src.view().rowStep), ofs.data(),
-                            cn, into, w);
+                const int64_t j = ty.first[size_t(y)];
+                rows.gather(reinterpret_cast<const T*>(base + j * src.view().rowStep), extent - j * rowSamples,
+                            ofs.data(), cn, into, w);
             }
             if (!out) dst.write(lane, y, 0, w, into);
             last = into;
@@ -68,8 +70,9 @@ struct Scaler {
             for (int64_t j = first; j < first + ky; ++j) {
                 const size_t slot = size_t(j % ky);
                 if (held[slot] != j)
-                    rows.horizontal(reinterpret_cast<const T*>(base + j * src.view().rowStep), ofs.data(), wx.data(),
-                                    kx, step, s1, &ring[slot * n], n);
+                    rows.horizontal(reinterpret_cast<const T*>(base + j * src.view().rowStep),
+                                    src.extent(lane.srcFirst) - j * src.rowSamples(), ofs.data(), wx.data(), kx, step,
+                                    s1, &ring[slot * n], n);
                 held[slot] = j;
                 taps[size_t(j - first)] = &ring[slot * n];
             }
@@ -96,7 +99,8 @@ int scaledCount(int srcCount, int dstCount, int factorDst, int factorSrc) {
     return int(std::min<int64_t>(dstCount, std::max<int64_t>(1, scaled)));
 }
 
-void scaleImage(const Op& op, ZanImage* src, ZanImage* dst, AxisSpec x, AxisSpec y, const TileTexts& texts) {
+void scaleImage(const Op& op, ZanImage* src, ZanImage* dst, AxisSpec x, AxisSpec y, const TileTexts& texts,
+                kern::Isa isa) {
     const Rect sr = processedRect(*src), dr = processedRect(*dst);
     if (sr.empty() || dr.empty()) return;
     x.srcCount = sr.width;
@@ -109,7 +113,6 @@ void scaleImage(const Op& op, ZanImage* src, ZanImage* dst, AxisSpec x, AxisSpec
     Target out;
     if (!in.open(op, src, sr, texts) || !out.open(op, dst, {dr.x, dr.y, x.count, y.count}, texts)) return;
     const std::vector<Lane> lanes = pairLanes(*src, *dst);
-    const kern::Isa isa = kern::bestIsa();
     if (out.sampleBytes() == 2) {
         const kern::InterpRows16 rows = kern::interpRows16(isa);
         Scaler<uint16_t, int32_t, kern::InterpRows16>{rows, tx, ty, in, out}.run(lanes, 16);

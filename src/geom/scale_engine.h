@@ -3,6 +3,7 @@
 #include "core/op.h"
 #include "geom/axis_table.h"
 #include "geom/surfaces.h"
+#include "kernels/cpu.h"
 #include "zanpx.h"
 
 namespace zan {
@@ -15,7 +16,9 @@ int scaledCount(int srcCount, int dstCount, int factorDst, int factorSrc);
 // Scales the source's processed rectangle into the destination's, one table
 // per axis (buildAxis); the specs' counts are filled in here. Only the
 // destination's mask counts. The images have passed the operation's checks.
-void scaleImage(const Op& op, ZanImage* src, ZanImage* dst, AxisSpec x, AxisSpec y, const TileTexts& texts);
+// The rows are those of `isa` (the benchmarks run the scalar ones).
+void scaleImage(const Op& op, ZanImage* src, ZanImage* dst, AxisSpec x, AxisSpec y, const TileTexts& texts,
+                kern::Isa isa = kern::bestIsa());
 
 }  // namespace geom
 }  // namespace zan

@@ -81,6 +81,10 @@ View StagedRect::view() const {
 
 ptrdiff_t Source::rowSamples() const { return view_.rowStep / depthBytes(view_.depth); }
 
+ptrdiff_t Source::extent(int c) const {
+    return (view_.height - 1) * rowSamples() + ptrdiff_t(view_.width) * view_.pixelStep - (view_.planeStep ? 0 : c);
+}
+
 bool Source::open(const Op& op, ZanImage* im, const Rect& r, const TileTexts& texts) {
     if (im->tileInfo) {
         if (!staged_.load(op, im, r, true, texts.status, texts.read)) return false;

@@ -63,6 +63,8 @@ public:
         return reinterpret_cast<const T*>(view_.channel(c));
     }
     ptrdiff_t rowSamples() const;
+    // Samples from channel c's first sample to the end of the rectangle.
+    ptrdiff_t extent(int c) const;
     bool bits() const { return bits_; }
 
 private:

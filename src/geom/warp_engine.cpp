@@ -14,7 +14,7 @@ int64_t toFixed(double u) {
     if (!(u == u)) return kNowhere;
     if (u > 536870912.0) return INT64_C(1) << 61;
     if (u < -536870912.0) return -(INT64_C(1) << 61);
-    return std::llround(u * 4294967296.0);
+    return int64_t(u * 4294967296.0);  // truncation: the same on every processor, and fast
 }
 
 namespace {
@@ -41,21 +41,28 @@ struct Span {
 // cubic). Nearest takes floor(u + 0.5); the others round u to 1/1024 pixel,
 // keep their taps inside the rectangle (linear: p(i + 1) is p(i) at the last
 // pixel; cubic: the span moves in and the fraction with it).
-int taps(Inter mode, int64_t u, const Span& s, int16_t* w) {
-    if (mode == Inter::Nearest) return int(std::min<int64_t>(std::max<int64_t>((u + (INT64_C(1) << 31)) >> 32, s.first), s.last));
+template <Inter M>
+inline int taps(int64_t u, const Span& s, int16_t* w) {
+    if (M == Inter::Nearest) {
+        int i = int((u + (INT64_C(1) << 31)) >> 32);
+        return i < s.first ? s.first : i > s.last ? s.last : i;
+    }
     const int64_t r = u + (INT64_C(1) << (31 - kern::kFracBits));
     int i = int(r >> 32), f = int((r >> (32 - kern::kFracBits)) & (kern::kFracOne - 1));
-    if (i < s.first) i = s.first, f = 0;
-    if (mode == Inter::Linear) {
-        if (i >= s.last) i = s.last - 1, f = kern::kFracOne;
+    if (M == Inter::Linear) {
+        if (i < s.first || i >= s.last) {
+            if (i < s.first) i = s.first, f = 0;
+            if (i >= s.last) i = s.last - 1, f = kern::kFracOne;
+        }
         w[1] = int16_t(f << (kern::kWeightBits - kern::kFracBits));
         w[0] = int16_t(kern::kWeightOne - w[1]);
         return i;
     }
+    if (i < s.first) i = s.first, f = 0;
     if (i > s.last) i = s.last, f = 0;
-    const int start = std::min(std::max(i - 1, s.first), s.last - 3);
+    const int start = i - 1 < s.first ? s.first : i - 1 > s.last - 3 ? s.last - 3 : i - 1;
     const int16_t* t = kern::cubicWeightTable(f + (i - start) * kern::kFracOne);
-    std::copy(t, t + 4, w);
+    w[0] = t[0], w[1] = t[1], w[2] = t[2], w[3] = t[3];
     return start;
 }
 
@@ -69,30 +76,20 @@ int cubicAbsSum() {
     return most;
 }
 
-// The pixels of one destination row that read the source.
+// The pixels of one destination row that read the source: where each reads,
+// its weights, and the runs of neighbouring pixels they form.
 struct RowSamples {
-    int k = 1;
-    std::vector<int32_t> ofs;
+    int k = 1, count = 0, runs = 0;
+    std::vector<int32_t> ofs, runX, runLen;
     std::vector<int16_t> wx, wy;
-    std::vector<int> runX, runLen;
 
-    void clear() {
-        ofs.clear();
-        wx.clear();
-        wy.clear();
-        runX.clear();
-        runLen.clear();
-    }
-    void add(int x, int32_t o, const int16_t* ax, const int16_t* ay) {
-        if (!runX.empty() && runX.back() + runLen.back() == x)
-            ++runLen.back();
-        else
-            runX.push_back(x), runLen.push_back(1);
-        ofs.push_back(o);
-        if (k > 1) {
-            wx.insert(wx.end(), ax, ax + k);
-            wy.insert(wy.end(), ay, ay + k);
-        }
+    void reserve(int width, int taps) {
+        k = taps;
+        ofs.resize(size_t(width));
+        runX.resize(size_t(width));
+        runLen.resize(size_t(width));
+        wx.resize(size_t(width) * size_t(taps));
+        wy.resize(size_t(width) * size_t(taps));
     }
 };
 
@@ -102,7 +99,7 @@ public:
     Warper(const Rows& rows, const PointMap& map, const WarpJob& job, const Source& src, const Rect& sr, Target& dst,
            const Rect& dr, const std::vector<Lane>& lanes)
         : rows_(rows), map_(map), job_(job), src_(src), dst_(dst), dr_(dr), lanes_(lanes), sx_(sr.x, sr.width),
-          sy_(sr.y, sr.height) {
+          sy_(sr.y, sr.height), rowSamples_(src.rowSamples()), pixelStep_(src.view().pixelStep) {
         samples_.k = job.mode == Inter::Cubic ? 4 : job.mode == Inter::Linear ? 2 : 1;
         s1_ = kern::stageShift(sizeof(T) * 8, job.mode == Inter::Cubic ? cubicAbsSum() : kern::kWeightOne);
     }
@@ -113,16 +110,15 @@ public:
         int maxCn = 1;
         for (const Lane& l : lanes_) maxCn = std::max(maxCn, l.count);
         buf_.resize(size_t(w) * maxCn);
+        samples_.reserve(w, job_.mode == Inter::Cubic ? 4 : job_.mode == Inter::Linear ? 2 : 1);
         if (job_.smoothEdges) startEdges();
         for (int y = 0; y < dr_.height; ++y) {
             map_.row(dr_.y + y, dr_.x, w, u.data(), v.data());
             if (job_.smoothEdges) coverRow(y);
-            samples_.clear();
-            int16_t ax[4], ay[4];
-            for (int x = 0; x < w; ++x) {
-                if (!sx_.holds(u[size_t(x)]) || !sy_.holds(v[size_t(x)])) continue;
-                if (job_.smoothEdges && cover_[size_t(x)] < kSub * kSub) continue;
-                samples_.add(x, offset(u[size_t(x)], v[size_t(x)], ax, ay), ax, ay);
+            switch (job_.mode) {
+                case Inter::Linear: collect<Inter::Linear>(u.data(), v.data()); break;
+                case Inter::Cubic: collect<Inter::Cubic>(u.data(), v.data()); break;
+                default: collect<Inter::Nearest>(u.data(), v.data()); break;
             }
             for (const Lane& lane : lanes_) writeRow(lane, y);
             if (job_.smoothEdges) blendRow(y);
@@ -130,30 +126,61 @@ public:
     }
 
 private:
+    template <Inter M>
     int32_t offset(int64_t u, int64_t v, int16_t* ax, int16_t* ay) const {
-        const int ix = taps(job_.mode, u, sx_, ax), iy = taps(job_.mode, v, sy_, ay);
-        return int32_t(int64_t(iy - sy_.first) * src_.rowSamples() + int64_t(ix - sx_.first) * src_.view().pixelStep);
+        const int ix = taps<M>(u, sx_, ax), iy = taps<M>(v, sy_, ay);
+        return int32_t(int64_t(iy - sy_.first) * rowSamples_ + int64_t(ix - sx_.first) * pixelStep_);
+    }
+    int32_t offset(int64_t u, int64_t v, int16_t* ax, int16_t* ay) const {
+        switch (job_.mode) {
+            case Inter::Linear: return offset<Inter::Linear>(u, v, ax, ay);
+            case Inter::Cubic: return offset<Inter::Cubic>(u, v, ax, ay);
+            default: return offset<Inter::Nearest>(u, v, ax, ay);
+        }
+    }
+
+    // The row's pixels whose positions lie in the source rectangle (less, with
+    // smooth edges, those the border cuts).
+    template <Inter M>
+    void collect(const int64_t* u, const int64_t* v) {
+        RowSamples& s = samples_;
+        const int k = s.k;
+        int n = 0, runs = 0;
+        for (int x = 0; x < dr_.width; ++x) {
+            if (!sx_.holds(u[x]) || !sy_.holds(v[x])) continue;
+            if (job_.smoothEdges && cover_[size_t(x)] < kSub * kSub) continue;
+            s.ofs[size_t(n)] = offset<M>(u[x], v[x], &s.wx[size_t(n) * k], &s.wy[size_t(n) * k]);
+            if (runs && s.runX[size_t(runs) - 1] + s.runLen[size_t(runs) - 1] == x) {
+                ++s.runLen[size_t(runs) - 1];
+            } else {
+                s.runX[size_t(runs)] = x;
+                s.runLen[size_t(runs)] = 1;
+                ++runs;
+            }
+            ++n;
+        }
+        s.count = n;
+        s.runs = runs;
     }
 
     void interpolate(const Lane& lane, const int32_t* ofs, const int16_t* wx, const int16_t* wy, T* out, int n) {
         const T* base = src_.channel<T>(lane.srcFirst);
+        const ptrdiff_t limit = src_.extent(lane.srcFirst);
         if (job_.mode == Inter::Nearest)
-            rows_.gather(base, ofs, lane.count, out, n);
+            rows_.gather(base, limit, ofs, lane.count, out, n);
         else
-            rows_.point(base, src_.rowSamples(), src_.view().pixelStep, lane.count, ofs, wx, wy, samples_.k, s1_, out,
-                        n);
+            rows_.point(base, limit, rowSamples_, int(pixelStep_), lane.count, ofs, wx, wy, samples_.k, s1_, out, n);
     }
 
     void writeRow(const Lane& lane, int y) {
         const RowSamples& s = samples_;
-        const int n = int(s.ofs.size());
-        if (!n) return;
-        T* direct = s.runX.size() == 1 ? static_cast<T*>(dst_.direct(lane, y, s.runX[0])) : nullptr;
+        if (!s.count) return;
+        T* direct = s.runs == 1 ? static_cast<T*>(dst_.direct(lane, y, s.runX[0])) : nullptr;
         T* out = direct ? direct : buf_.data();
-        interpolate(lane, s.ofs.data(), s.wx.data(), s.wy.data(), out, n);
+        interpolate(lane, s.ofs.data(), s.wx.data(), s.wy.data(), out, s.count);
         if (direct) return;
-        for (size_t r = 0, at = 0; r < s.runX.size(); at += size_t(s.runLen[r]), ++r)
-            dst_.write(lane, y, s.runX[r], s.runLen[r], out + at * lane.count);
+        for (int r = 0, at = 0; r < s.runs; at += s.runLen[size_t(r)], ++r)
+            dst_.write(lane, y, s.runX[size_t(r)], s.runLen[size_t(r)], out + ptrdiff_t(at) * lane.count);
     }
 
     // ---- smooth edges ----
@@ -245,6 +272,7 @@ private:
     Rect dr_;
     const std::vector<Lane>& lanes_;
     Span sx_, sy_;
+    ptrdiff_t rowSamples_, pixelStep_;
     int s1_ = 0;
     RowSamples samples_;
     std::vector<T> buf_;
@@ -266,7 +294,7 @@ void warpImage(const Op& op, ZanImage* src, ZanImage* dst, const PointMap& map, 
     Target out;
     if (!in.open(op, src, sr, job.texts) || !out.open(op, dst, dr, job.texts)) return;
     const std::vector<Lane> lanes = pairLanes(*src, *dst);
-    const kern::Isa isa = kern::bestIsa();
+    const kern::Isa isa = job.isa;
     if (out.sampleBytes() == 2) {
         const kern::InterpRows16 rows = kern::interpRows16(isa);
         Warper<uint16_t, kern::InterpRows16>(rows, map, job, in, sr, out, dr, lanes).run();

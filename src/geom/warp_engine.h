@@ -6,6 +6,7 @@
 #include "core/op.h"
 #include "geom/axis_table.h"
 #include "geom/surfaces.h"
+#include "kernels/cpu.h"
 #include "zanpx.h"
 
 namespace zan {
@@ -35,6 +36,7 @@ struct WarpJob {
     bool smoothEdges = false;     // blend pixels cut by the region's border by coverage
     TileTexts texts{ZAN_StsInternal, "Error get tile to read", "Error get tile to write"};
     int width = INT32_MAX, height = INT32_MAX;  // at most this much of the destination rectangle
+    kern::Isa isa = kern::bestIsa();            // whose rows run (the benchmarks run the scalar ones)
 };
 
 // Writes every pixel of the destination's processed rectangle (under its

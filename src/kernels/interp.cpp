@@ -60,7 +60,8 @@ int stageShift(int depth, int absSum) {
 namespace {
 
 template <class T, class H>
-void horizontalRef(const T* src, const int32_t* ofs, const int16_t* w, int k, int step, int s1, H* h, int n) {
+void horizontalRef(const T* src, ptrdiff_t, const int32_t* ofs, const int16_t* w, int k, int step, int s1, H* h,
+                   int n) {
     for (int i = 0; i < n; ++i) {
         const T* p = src + ofs[i];
         h[i] = static_cast<H>(firstStage([&](int t) { return p[t * step]; }, w + ptrdiff_t(i) * k, k, s1));
@@ -73,13 +74,13 @@ void verticalRef(const H* const* rows, const int16_t* w, int k, int s1, T* out, 
 }
 
 template <class T>
-void gatherRef(const T* src, const int32_t* ofs, int cn, T* out, int n) {
+void gatherRef(const T* src, ptrdiff_t, const int32_t* ofs, int cn, T* out, int n) {
     for (int i = 0; i < n; ++i)
         for (int c = 0; c < cn; ++c) out[ptrdiff_t(i) * cn + c] = src[ofs[i] + c];
 }
 
 template <class T>
-void pointRef(const T* src, ptrdiff_t rowStep, int step, int cn, const int32_t* ofs, const int16_t* wx,
+void pointRef(const T* src, ptrdiff_t, ptrdiff_t rowStep, int step, int cn, const int32_t* ofs, const int16_t* wx,
               const int16_t* wy, int k, int s1, T* out, int n) {
     int32_t h[4];
     for (int i = 0; i < n; ++i) {

@@ -75,24 +75,26 @@ inline T secondStage(Tap tap, const int16_t* w, int k, int s1) {
 //
 // Separable resampling keeps one table per axis: for output sample s, the
 // first tap's sample offset ofs[s] and K weights w[s*K ..]; taps are `step`
-// samples apart. H is int16_t for 8U and int32_t for 16U.
+// samples apart. H is int16_t for 8U and int32_t for 16U. `limit` is how many
+// samples may be read from src on: no tap lies past it, and the vector rows
+// only read whole words where they stay below it.
 
 template <class T, class H>
-using HorizontalRow = void (*)(const T* src, const int32_t* ofs, const int16_t* w, int k, int step, int s1, H* h,
-                               int n);
+using HorizontalRow = void (*)(const T* src, ptrdiff_t limit, const int32_t* ofs, const int16_t* w, int k, int step,
+                               int s1, H* h, int n);
 template <class T, class H>
 using VerticalRow = void (*)(const H* const* rows, const int16_t* w, int k, int s1, T* out, int n);
 
 // Nearest neighbour: n pixels of cn samples, pixel i read at src + ofs[i].
 template <class T>
-using GatherRow = void (*)(const T* src, const int32_t* ofs, int cn, T* out, int n);
+using GatherRow = void (*)(const T* src, ptrdiff_t limit, const int32_t* ofs, int cn, T* out, int n);
 
 // The warps and remap: n pixels, pixel i with its K x K taps from src + ofs[i]
 // (taps `step` samples apart along x, `rowStep` samples along y), weights
 // wx[i*K ..] and wy[i*K ..], cn channels.
 template <class T>
-using PointRow = void (*)(const T* src, ptrdiff_t rowStep, int step, int cn, const int32_t* ofs, const int16_t* wx,
-                          const int16_t* wy, int k, int s1, T* out, int n);
+using PointRow = void (*)(const T* src, ptrdiff_t limit, ptrdiff_t rowStep, int step, int cn, const int32_t* ofs,
+                          const int16_t* wx, const int16_t* wy, int k, int s1, T* out, int n);
 
 struct InterpRows8 {
     HorizontalRow<uint8_t, int16_t> horizontal;
@@ -111,7 +113,10 @@ struct InterpRows16 {
 InterpRows8 interpRows8(Isa isa);
 InterpRows16 interpRows16(Isa isa);
 
-// The SIMD variants (null members fall back to the scalar rows).
+// The SIMD variants (null members fall back to the scalar rows); the
+// gathering rows are AVX2's own.
+InterpRows8 avx2GatherRows8();
+InterpRows16 avx2GatherRows16();
 InterpRows8 sse2InterpRows8();
 InterpRows8 avx2InterpRows8();
 InterpRows16 sse2InterpRows16();

@@ -1,0 +1,324 @@
+// The AVX2 rows that gather: one 32-bit gather fetches two taps of eight
+// outputs at once (the samples at 0 and `step` of each word), a 16-bit
+// multiply-add weighs the pair. 16U samples are biased by 32768 to fit the
+// signed multiply and the bias is added back as 32768 * 4096 (every output's
+// weights add up to 4096); the 16U second stage adds in double precision,
+// where its integer products are exact. Outputs whose words would reach past
+// `limit`, and the tails, go through the formulas of interp.h one by one.
+#include <cstring>
+
+#include "kernels/interp.h"
+#include "kernels/target.h"
+
+#if ZAN_KERNELS_X86
+#include <immintrin.h>
+
+namespace zan {
+namespace kern {
+
+ZAN_TARGET_BEGIN("avx2")
+namespace {
+
+using R = __m256i;
+
+// Helpers are always inlined so that no 256-bit value goes through memory
+// (64-bit Windows cannot align the stack for it).
+#if defined(__GNUC__)
+#define ZAN_AVX_INLINE inline __attribute__((always_inline))
+#else
+#define ZAN_AVX_INLINE inline
+#endif
+
+ZAN_AVX_INLINE R loadu(const void* p) { return _mm256_loadu_si256(static_cast<const R*>(p)); }
+ZAN_AVX_INLINE R gather8(const void* base, R idx) { return _mm256_i32gather_epi32(static_cast<const int*>(base), idx, 1); }
+ZAN_AVX_INLINE R gather16(const void* base, R idx) { return _mm256_i32gather_epi32(static_cast<const int*>(base), idx, 2); }
+
+// True when some index is above the last one whose words stay below the limit.
+ZAN_AVX_INLINE bool unsafe(R idx, R last) { return _mm256_movemask_epi8(_mm256_cmpgt_epi32(idx, last)) != 0; }
+
+// Bytes 0 and `step` (1 to 3) of each word as a pair of 16-bit values.
+ZAN_AVX_INLINE R bytePairs(R g, int step) {
+    const R hi = step == 1 ? _mm256_slli_epi32(g, 8) : step == 2 ? g : _mm256_srli_epi32(g, 8);
+    return _mm256_or_si256(_mm256_and_si256(g, _mm256_set1_epi32(0xFF)),
+                           _mm256_and_si256(hi, _mm256_set1_epi32(0xFF0000)));
+}
+
+// 16U samples at 0 and `step`, less 32768, as a pair of 16-bit values.
+ZAN_AVX_INLINE R samplePairs(const uint16_t* p, R idx, int step) {
+    R pair = step == 1 ? gather16(p, idx)
+                       : _mm256_or_si256(_mm256_and_si256(gather16(p, idx), _mm256_set1_epi32(0xFFFF)),
+                                         _mm256_slli_epi32(gather16(p + step, idx), 16));
+    return _mm256_xor_si256(pair, _mm256_set1_epi32(int(0x80008000u)));
+}
+
+// Weight pairs (w0, w1) and (w2, w3) of eight outputs from K weights each.
+ZAN_AVX_INLINE void weightPairs(const int16_t* w, int k, R& w01, R& w23) {
+    if (k == 2) {
+        w01 = loadu(w);
+        w23 = _mm256_setzero_si256();
+        return;
+    }
+    const R order = _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7);
+    const R a = _mm256_permutevar8x32_epi32(loadu(w), order), b = _mm256_permutevar8x32_epi32(loadu(w + 16), order);
+    w01 = _mm256_permute2x128_si256(a, b, 0x20);
+    w23 = _mm256_permute2x128_si256(a, b, 0x31);
+}
+
+// The first stage of eight outputs, taps from p + idx on.
+ZAN_AVX_INLINE R firstStage8(const uint8_t* p, R idx, int step, int k, R w01, R w23, R round, __m128i shift) {
+    R acc = _mm256_madd_epi16(bytePairs(gather8(p, idx), step), w01);
+    if (k == 4) acc = _mm256_add_epi32(acc, _mm256_madd_epi16(bytePairs(gather8(p + 2 * step, idx), step), w23));
+    return _mm256_sra_epi32(_mm256_add_epi32(acc, round), shift);
+}
+ZAN_AVX_INLINE R firstStage16(const uint16_t* p, R idx, int step, int k, R w01, R w23) {
+    R acc = _mm256_add_epi32(_mm256_madd_epi16(samplePairs(p, idx, step), w01), _mm256_set1_epi32(32768 * kWeightOne));
+    if (k == 4) acc = _mm256_add_epi32(acc, _mm256_madd_epi16(samplePairs(p + 2 * step, idx, step), w23));
+    return acc;
+}
+
+// Eight int32 results (0 .. 255 after clamping) as eight bytes.
+ZAN_AVX_INLINE __m128i bytesOf(R v) {
+    const R p = _mm256_packus_epi16(_mm256_packs_epi32(v, v), _mm256_packs_epi32(v, v));
+    return _mm_unpacklo_epi32(_mm256_castsi256_si128(p), _mm256_extracti128_si256(p, 1));
+}
+
+// Eight results of the 8U second stage: pairs (h0, h1) and (h2, h3) weighed.
+ZAN_AVX_INLINE R secondStage8(R h0, R h1, R h2, R h3, int k, R w01, R w23, R round, __m128i shift) {
+    const R low = _mm256_set1_epi32(0xFFFF);
+    R acc = _mm256_madd_epi16(_mm256_or_si256(_mm256_and_si256(h0, low), _mm256_slli_epi32(h1, 16)), w01);
+    if (k == 4)
+        acc = _mm256_add_epi32(acc, _mm256_madd_epi16(_mm256_or_si256(_mm256_and_si256(h2, low),
+                                                                       _mm256_slli_epi32(h3, 16)), w23));
+    return _mm256_sra_epi32(_mm256_add_epi32(acc, round), shift);
+}
+
+// The 16U second stage in double precision, where its integer sums are exact:
+// a row's four products added, then the sum rounded and clamped.
+ZAN_AVX_INLINE __m256d addProducts(__m256d acc, __m128i h, __m128i w) {
+    return _mm256_add_pd(acc, _mm256_mul_pd(_mm256_cvtepi32_pd(h), _mm256_cvtepi32_pd(w)));
+}
+ZAN_AVX_INLINE __m128i finish16(__m256d acc, int s2) {
+    acc = _mm256_floor_pd(_mm256_mul_pd(acc, _mm256_set1_pd(1.0 / double(int64_t(1) << s2))));
+    acc = _mm256_min_pd(_mm256_max_pd(acc, _mm256_setzero_pd()), _mm256_set1_pd(65535.0));
+    return _mm256_cvttpd_epi32(acc);
+}
+
+// Whether a pair of taps `step` apart fits one word.
+ZAN_AVX_INLINE bool pairable(int step, int bytes) { return step >= 1 && step * bytes <= 4 - bytes; }
+
+void horizontal8(const uint8_t* src, ptrdiff_t limit, const int32_t* ofs, const int16_t* w, int k, int step, int s1,
+                 int16_t* h, int n) {
+    int i = 0;
+    const bool paired = (k == 2 || k == 4) && pairable(step, 1);
+    const ptrdiff_t last = limit - 4 - (k == 4 ? 2 * step : 0);
+    if (paired && last >= 0) {
+        const R lastV = _mm256_set1_epi32(int(last > INT32_MAX ? INT32_MAX : last));
+        const R round = _mm256_set1_epi32(s1 ? 1 << (s1 - 1) : 0);
+        const __m128i shift = _mm_cvtsi32_si128(s1);
+        for (; i + 16 <= n; i += 16) {
+            const R ia = loadu(ofs + i), ib = loadu(ofs + i + 8);
+            if (unsafe(ia, lastV) || unsafe(ib, lastV)) break;
+            R a01, a23, b01, b23;
+            weightPairs(w + ptrdiff_t(i) * k, k, a01, a23);
+            weightPairs(w + ptrdiff_t(i + 8) * k, k, b01, b23);
+            const R ha = firstStage8(src, ia, step, k, a01, a23, round, shift);
+            const R hb = firstStage8(src, ib, step, k, b01, b23, round, shift);
+            _mm256_storeu_si256(reinterpret_cast<R*>(h + i), _mm256_permute4x64_epi64(_mm256_packs_epi32(ha, hb), 0xD8));
+        }
+    }
+    for (; i < n; ++i) {
+        const uint8_t* p = src + ofs[i];
+        h[i] = int16_t(firstStage([&](int t) { return p[t * step]; }, w + ptrdiff_t(i) * k, k, s1));
+    }
+}
+
+void horizontal16(const uint16_t* src, ptrdiff_t limit, const int32_t* ofs, const int16_t* w, int k, int step, int s1,
+                  int32_t* h, int n) {
+    int i = 0;
+    const bool paired = (k == 2 || k == 4) && step >= 1 && s1 == 0;
+    const ptrdiff_t last = limit - 2 - (k == 4 ? 3 * step : step);
+    if (paired && last >= 0) {
+        const R lastV = _mm256_set1_epi32(int(last > INT32_MAX ? INT32_MAX : last));
+        for (; i + 8 <= n; i += 8) {
+            const R idx = loadu(ofs + i);
+            if (unsafe(idx, lastV)) break;
+            R w01, w23;
+            weightPairs(w + ptrdiff_t(i) * k, k, w01, w23);
+            _mm256_storeu_si256(reinterpret_cast<R*>(h + i), firstStage16(src, idx, step, k, w01, w23));
+        }
+    }
+    for (; i < n; ++i) {
+        const uint16_t* p = src + ofs[i];
+        h[i] = firstStage([&](int t) { return p[t * step]; }, w + ptrdiff_t(i) * k, k, s1);
+    }
+}
+
+void vertical16(const int32_t* const* rows, const int16_t* w, int k, int s1, uint16_t* out, int n) {
+    const int s2 = 2 * kWeightBits - s1;
+    const __m256d round = _mm256_set1_pd(double(int64_t(1) << (s2 - 1)));
+    int i = 0;
+    for (; i + 8 <= n; i += 8) {
+        __m256d lo = round, hi = round;
+        for (int t = 0; t < k; ++t) {
+            const R r = loadu(rows[t] + i);
+            const __m128i wt = _mm_set1_epi32(w[t]);
+            lo = addProducts(lo, _mm256_castsi256_si128(r), wt);
+            hi = addProducts(hi, _mm256_extracti128_si256(r, 1), wt);
+        }
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_packus_epi32(finish16(lo, s2), finish16(hi, s2)));
+    }
+    for (; i < n; ++i) out[i] = secondStage<uint16_t>([&](int t) { return rows[t][i]; }, w, k, s1);
+}
+
+// One output pixel by the formulas (tails and unsafe blocks).
+template <class T>
+void pointOne(const T* src, ptrdiff_t rowStep, int step, int cn, int32_t ofs, const int16_t* wx, const int16_t* wy,
+              int k, int s1, T* out) {
+    for (int c = 0; c < cn; ++c) {
+        int32_t h[4];
+        for (int r = 0; r < k; ++r) {
+            const T* q = src + ofs + c + r * rowStep;
+            h[r] = firstStage([&](int t) { return q[t * step]; }, wx, k, s1);
+        }
+        out[c] = secondStage<T>([&](int t) { return h[t]; }, wy, k, s1);
+    }
+}
+
+// Eight pixels at a time, channel by channel: K rows of first stages, then the second.
+void point8(const uint8_t* src, ptrdiff_t limit, ptrdiff_t rowStep, int step, int cn, const int32_t* ofs,
+            const int16_t* wx, const int16_t* wy, int k, int s1, uint8_t* out, int n) {
+    int i = 0;
+    const ptrdiff_t last = limit - 4 - (k - 1) * rowStep - (k == 4 ? 2 * step : 0) - (cn - 1);
+    if ((k == 2 || k == 4) && pairable(step, 1) && last >= 0) {
+        const R lastV = _mm256_set1_epi32(int(last > INT32_MAX ? INT32_MAX : last));
+        const R round1 = _mm256_set1_epi32(s1 ? 1 << (s1 - 1) : 0);
+        const R round2 = _mm256_set1_epi32(1 << (2 * kWeightBits - s1 - 1));
+        const __m128i shift1 = _mm_cvtsi32_si128(s1), shift2 = _mm_cvtsi32_si128(2 * kWeightBits - s1);
+        for (; i + 8 <= n; i += 8) {
+            const R idx = loadu(ofs + i);
+            if (unsafe(idx, lastV)) break;
+            R x01, x23, y01, y23;
+            weightPairs(wx + ptrdiff_t(i) * k, k, x01, x23);
+            weightPairs(wy + ptrdiff_t(i) * k, k, y01, y23);
+            for (int c = 0; c < cn; ++c) {
+                const uint8_t* p = src + c;
+                const R h0 = firstStage8(p, idx, step, k, x01, x23, round1, shift1);
+                const R h1 = firstStage8(p + rowStep, idx, step, k, x01, x23, round1, shift1);
+                R h2 = h0, h3 = h1;
+                if (k == 4) {
+                    h2 = firstStage8(p + 2 * rowStep, idx, step, k, x01, x23, round1, shift1);
+                    h3 = firstStage8(p + 3 * rowStep, idx, step, k, x01, x23, round1, shift1);
+                }
+                const __m128i bytes = bytesOf(secondStage8(h0, h1, h2, h3, k, y01, y23, round2, shift2));
+                if (cn == 1) {
+                    _mm_storel_epi64(reinterpret_cast<__m128i*>(out + i), bytes);
+                } else {
+                    uint8_t b[16];
+                    _mm_storeu_si128(reinterpret_cast<__m128i*>(b), bytes);
+                    for (int j = 0; j < 8; ++j) out[ptrdiff_t(i + j) * cn + c] = b[j];
+                }
+            }
+        }
+    }
+    for (; i < n; ++i)
+        pointOne(src, rowStep, step, cn, ofs[i], wx + ptrdiff_t(i) * k, wy + ptrdiff_t(i) * k, k, s1,
+                 out + ptrdiff_t(i) * cn);
+}
+
+void point16(const uint16_t* src, ptrdiff_t limit, ptrdiff_t rowStep, int step, int cn, const int32_t* ofs,
+             const int16_t* wx, const int16_t* wy, int k, int s1, uint16_t* out, int n) {
+    int i = 0;
+    const ptrdiff_t last = limit - 2 - (k - 1) * rowStep - (k == 4 ? 3 * step : step) - (cn - 1);
+    if ((k == 2 || k == 4) && step >= 1 && s1 == 0 && last >= 0) {
+        const R lastV = _mm256_set1_epi32(int(last > INT32_MAX ? INT32_MAX : last));
+        for (; i + 8 <= n; i += 8) {
+            const R idx = loadu(ofs + i);
+            if (unsafe(idx, lastV)) break;
+            R x01, x23;
+            weightPairs(wx + ptrdiff_t(i) * k, k, x01, x23);
+            const int s2 = 2 * kWeightBits - s1;
+            const __m256d round = _mm256_set1_pd(double(int64_t(1) << (s2 - 1)));
+            for (int c = 0; c < cn; ++c) {
+                __m256d lo = round, hi = round;
+                for (int r = 0; r < k; ++r) {
+                    const R h = firstStage16(src + c + r * rowStep, idx, step, k, x01, x23);
+                    const int16_t* y = wy + ptrdiff_t(i) * k + r;
+                    const __m128i wlo = _mm_setr_epi32(y[0], y[k], y[2 * k], y[3 * k]);
+                    const __m128i whi = _mm_setr_epi32(y[4 * k], y[5 * k], y[6 * k], y[7 * k]);
+                    lo = addProducts(lo, _mm256_castsi256_si128(h), wlo);
+                    hi = addProducts(hi, _mm256_extracti128_si256(h, 1), whi);
+                }
+                uint16_t v[8];
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(v), _mm_packus_epi32(finish16(lo, s2), finish16(hi, s2)));
+                for (int j = 0; j < 8; ++j) out[ptrdiff_t(i + j) * cn + c] = v[j];
+            }
+        }
+    }
+    for (; i < n; ++i)
+        pointOne(src, rowStep, step, cn, ofs[i], wx + ptrdiff_t(i) * k, wy + ptrdiff_t(i) * k, k, s1,
+                 out + ptrdiff_t(i) * cn);
+}
+
+// Nearest neighbour: whole words gathered, the pixel's bytes kept.
+void gatherPixels8(const uint8_t* src, ptrdiff_t limit, const int32_t* ofs, int cn, uint8_t* out, int n) {
+    int i = 0;
+    const ptrdiff_t last = limit - 4;
+    if (cn <= 4 && last >= 0) {
+        const R lastV = _mm256_set1_epi32(int(last > INT32_MAX ? INT32_MAX : last));
+        // Per 128-bit lane: the first cn bytes of each of its four words, packed.
+        int8_t pick[16];
+        for (int j = 0; j < 16; ++j) pick[j] = j < 4 * cn ? int8_t((j / cn) * 4 + j % cn) : int8_t(-1);
+        const R order = _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(pick)));
+        for (; i + 8 <= n; i += 8) {
+            const R idx = loadu(ofs + i);
+            if (unsafe(idx, lastV)) break;
+            const R packed = _mm256_shuffle_epi8(gather8(src, idx), order);
+            uint8_t b[32];
+            _mm256_storeu_si256(reinterpret_cast<R*>(b), packed);
+            std::memcpy(out + ptrdiff_t(i) * cn, b, size_t(4 * cn));
+            std::memcpy(out + ptrdiff_t(i + 4) * cn, b + 16, size_t(4 * cn));
+        }
+    }
+    for (; i < n; ++i)
+        for (int c = 0; c < cn; ++c) out[ptrdiff_t(i) * cn + c] = src[ofs[i] + c];
+}
+
+void gatherPixels16(const uint16_t* src, ptrdiff_t limit, const int32_t* ofs, int cn, uint16_t* out, int n) {
+    int i = 0;
+    const ptrdiff_t last = limit - 2;
+    if (cn <= 2 && last >= 0) {
+        const R lastV = _mm256_set1_epi32(int(last > INT32_MAX ? INT32_MAX : last));
+        for (; i + 8 <= n; i += 8) {
+            const R idx = loadu(ofs + i);
+            if (unsafe(idx, lastV)) break;
+            const R g = gather16(src, idx);
+            if (cn == 2) {
+                _mm256_storeu_si256(reinterpret_cast<R*>(out + ptrdiff_t(i) * 2), g);
+            } else {
+                const R p = _mm256_packus_epi32(_mm256_and_si256(g, _mm256_set1_epi32(0xFFFF)), g);
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i),
+                                 _mm256_castsi256_si128(_mm256_permute4x64_epi64(p, 0x08)));
+            }
+        }
+    }
+    for (; i < n; ++i)
+        for (int c = 0; c < cn; ++c) out[ptrdiff_t(i) * cn + c] = src[ofs[i] + c];
+}
+
+}  // namespace
+ZAN_TARGET_END
+
+InterpRows8 avx2GatherRows8() { return {horizontal8, nullptr, gatherPixels8, point8}; }
+InterpRows16 avx2GatherRows16() { return {horizontal16, vertical16, gatherPixels16, point16}; }
+
+}  // namespace kern
+}  // namespace zan
+
+#else
+namespace zan {
+namespace kern {
+InterpRows8 avx2GatherRows8() { return {}; }
+InterpRows16 avx2GatherRows16() { return {}; }
+}  // namespace kern
+}  // namespace zan
+#endif
