@@ -1,6 +1,7 @@
 #include "geom/point_maps.h"
 
 #include <cmath>
+#include <algorithm>
 #include <cstdlib>
 
 namespace zan {
@@ -48,6 +49,47 @@ void AffineMap::row(int y, int x0, int n, int64_t* u, int64_t* v) const {
     }
 }
 
+namespace {
+
+// The pixels [a, b) of a monotonic column table t (plus the row term) that lie in [lo, hi].
+void interval(const int64_t* t, int n, int64_t row, int64_t lo, int64_t hi, int* a, int* b) {
+    const bool rising = n < 2 || t[n - 1] >= t[0];
+    auto below = [&](int i) { return t[i] + row < lo; };
+    auto above = [&](int i) { return t[i] + row > hi; };
+    // Binary searches for the first pixel in range and the first past it, in the table's direction.
+    auto search = [&](auto pred) {
+        int l = 0, r = n;
+        while (l < r) {
+            int m = (l + r) / 2;
+            if (pred(m)) l = m + 1;
+            else r = m;
+        }
+        return l;
+    };
+    if (rising) {
+        *a = search(below);
+        *b = search([&](int i) { return !above(i); });
+    } else {
+        *a = search(above);
+        *b = search([&](int i) { return !below(i); });
+    }
+}
+
+}  // namespace
+
+bool AffineMap::inside(int y, int x0, int n, int64_t uLo, int64_t uHi, int64_t vLo, int64_t vHi, int* first,
+                       int* last) const {
+    const int64_t bu = toFixed(m_[1] * y + m_[2]), bv = toFixed(m_[4] * y + m_[5]);
+    *first = *last = 0;
+    if (std::llabs(bu) >= kSaturated || std::llabs(bv) >= kSaturated) return true;
+    int ua, ub, va, vb;
+    interval(&ux_[size_t(x0 - x0_)], n, bu, uLo, uHi, &ua, &ub);
+    interval(&vx_[size_t(x0 - x0_)], n, bv, vLo, vHi, &va, &vb);
+    *first = std::max(ua, va);
+    *last = std::max(*first, std::min(ub, vb));
+    return true;
+}
+
 bool AffineMap::at(double x, double y, double* u, double* v) const {
     mapPoint(Kind::Affine, m_, x, y, u, v);
     return true;
@@ -60,11 +102,23 @@ FormulaMap::FormulaMap(Kind kind, const double* m, const Region& region) : kind_
 }
 
 void FormulaMap::row(int y, int x0, int n, int64_t* u, int64_t* v) const {
+    const double* m = m_;
+    if (kind_ == Kind::Perspective) {
+        // The y terms once per row; one division per pixel.
+        const double cu = m[1] * y + m[2], cv = m[4] * y + m[5], cw = m[7] * y + m[8];
+        for (int i = 0; i < n; ++i) {
+            const double x = x0 + i, r = 1.0 / (m[6] * x + cw);
+            u[i] = toFixed((m[0] * x + cu) * r);
+            v[i] = toFixed((m[3] * x + cv) * r);
+        }
+        return;
+    }
+    // Bilinear: along a row both coordinates are linear in x.
+    const double au = m[0] * y + m[1], bu = m[2] * y + m[3], av = m[4] * y + m[5], bv = m[6] * y + m[7];
     for (int i = 0; i < n; ++i) {
-        double a, b;
-        mapPoint(kind_, m_, double(x0 + i), double(y), &a, &b);
-        u[i] = toFixed(a);
-        v[i] = toFixed(b);
+        const double x = x0 + i;
+        u[i] = toFixed(au * x + bu);
+        v[i] = toFixed(av * x + bv);
     }
 }
 

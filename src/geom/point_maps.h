@@ -24,6 +24,8 @@ public:
     void row(int y, int x0, int n, int64_t* u, int64_t* v) const override;
     bool at(double x, double y, double* u, double* v) const override;
     int regionCorners(double corners[4][2]) const override;
+    bool inside(int y, int x0, int n, int64_t uLo, int64_t uHi, int64_t vLo, int64_t vHi, int* first,
+                int* last) const override;
 
 private:
     double m_[6];

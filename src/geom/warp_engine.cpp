@@ -9,14 +9,6 @@
 namespace zan {
 namespace geom {
 
-int64_t toFixed(double u) {
-    // Beyond 2^29 pixels a position is far outside any image; NaN is nowhere.
-    if (!(u == u)) return kNowhere;
-    if (u > 536870912.0) return INT64_C(1) << 61;
-    if (u < -536870912.0) return -(INT64_C(1) << 61);
-    return int64_t(u * 4294967296.0);  // truncation: the same on every processor, and fast
-}
-
 namespace {
 
 constexpr double kTolerance = 1e-6;
@@ -116,9 +108,9 @@ public:
             map_.row(dr_.y + y, dr_.x, w, u.data(), v.data());
             if (job_.smoothEdges) coverRow(y);
             switch (job_.mode) {
-                case Inter::Linear: collect<Inter::Linear>(u.data(), v.data()); break;
-                case Inter::Cubic: collect<Inter::Cubic>(u.data(), v.data()); break;
-                default: collect<Inter::Nearest>(u.data(), v.data()); break;
+                case Inter::Linear: collect<Inter::Linear>(y, u.data(), v.data()); break;
+                case Inter::Cubic: collect<Inter::Cubic>(y, u.data(), v.data()); break;
+                default: collect<Inter::Nearest>(y, u.data(), v.data()); break;
             }
             for (const Lane& lane : lanes_) writeRow(lane, y);
             if (job_.smoothEdges) blendRow(y);
@@ -140,24 +132,37 @@ private:
     }
 
     // The row's pixels whose positions lie in the source rectangle (less, with
-    // smooth edges, those the border cuts).
+    // smooth edges, those the border cuts): the runs they form first, then
+    // their taps run by run.
+    bool takes(const int64_t* u, const int64_t* v, int x) const {
+        return sx_.holds(u[x]) && sy_.holds(v[x]) && (!job_.smoothEdges || cover_[size_t(x)] == kSub * kSub);
+    }
+
     template <Inter M>
-    void collect(const int64_t* u, const int64_t* v) {
+    void collect(int y, const int64_t* u, const int64_t* v) {
         RowSamples& s = samples_;
-        const int k = s.k;
+        const int k = s.k, w = dr_.width;
         int n = 0, runs = 0;
-        for (int x = 0; x < dr_.width; ++x) {
-            if (!sx_.holds(u[x]) || !sy_.holds(v[x])) continue;
-            if (job_.smoothEdges && cover_[size_t(x)] < kSub * kSub) continue;
-            s.ofs[size_t(n)] = offset<M>(u[x], v[x], &s.wx[size_t(n) * k], &s.wy[size_t(n) * k]);
-            if (runs && s.runX[size_t(runs) - 1] + s.runLen[size_t(runs) - 1] == x) {
-                ++s.runLen[size_t(runs) - 1];
-            } else {
-                s.runX[size_t(runs)] = x;
-                s.runLen[size_t(runs)] = 1;
-                ++runs;
+        auto take = [&](int start, int end) {
+            s.runX[size_t(runs)] = start;
+            s.runLen[size_t(runs)] = end - start;
+            ++runs;
+            int32_t* ofs = &s.ofs[size_t(n)];
+            int16_t* wx = &s.wx[size_t(n) * k];
+            int16_t* wy = &s.wy[size_t(n) * k];
+            for (int i = start; i < end; ++i, ++ofs, wx += k, wy += k) *ofs = offset<M>(u[i], v[i], wx, wy);
+            n += end - start;
+        };
+        int first, last;
+        if (!job_.smoothEdges && map_.inside(dr_.y + y, dr_.x, w, sx_.lo, sx_.hi, sy_.lo, sy_.hi, &first, &last)) {
+            if (last > first) take(first, last);
+        } else {
+            for (int x = 0; x < w;) {
+                while (x < w && !takes(u, v, x)) ++x;
+                const int start = x;
+                while (x < w && takes(u, v, x)) ++x;
+                if (x > start) take(start, x);
             }
-            ++n;
         }
         s.count = n;
         s.runs = runs;

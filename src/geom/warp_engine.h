@@ -15,7 +15,14 @@ namespace geom {
 // Positions are held in 32.32 fixed point; kNowhere marks a pixel the
 // mapping sends nowhere (it is left unchanged).
 constexpr int64_t kNowhere = INT64_MIN / 4;
-int64_t toFixed(double u);
+inline int64_t toFixed(double u) {
+    // Beyond 2^29 pixels a position is far outside any image; NaN is nowhere.
+    // Truncation gives the same on every processor, and is quick.
+    if (!(u == u)) return kNowhere;
+    if (u > 536870912.0) return INT64_C(1) << 61;
+    if (u < -536870912.0) return -(INT64_C(1) << 61);
+    return int64_t(u * 4294967296.0);
+}
 
 // Destination pixel -> source position, both in image coordinates.
 class PointMap {
@@ -29,6 +36,13 @@ public:
     // The corners of the region the source rectangle covers in the
     // destination, where the mapping knows them; returns how many (0 or 4).
     virtual int regionCorners(double corners[4][2]) const { return 0; }
+    // Where the row's positions are monotonic: the pixels [*first, *last) of
+    // row(y, x0, n) whose u lies in [uLo, uHi] and v in [vLo, vHi]. False
+    // when the mapping cannot tell without looking at every pixel.
+    virtual bool inside(int y, int x0, int n, int64_t uLo, int64_t uHi, int64_t vLo, int64_t vHi, int* first,
+                        int* last) const {
+        return false;
+    }
 };
 
 struct WarpJob {

@@ -272,11 +272,26 @@ void gatherPixels8(const uint8_t* src, ptrdiff_t limit, const int32_t* ofs, int 
         for (; i + 8 <= n; i += 8) {
             const R idx = loadu(ofs + i);
             if (unsafe(idx, lastV)) break;
-            const R packed = _mm256_shuffle_epi8(gather8(src, idx), order);
-            uint8_t b[32];
-            _mm256_storeu_si256(reinterpret_cast<R*>(b), packed);
-            std::memcpy(out + ptrdiff_t(i) * cn, b, size_t(4 * cn));
-            std::memcpy(out + ptrdiff_t(i + 4) * cn, b + 16, size_t(4 * cn));
+            const R g = gather8(src, idx);
+            uint8_t* o = out + ptrdiff_t(i) * cn;
+            if (cn == 4) {
+                _mm256_storeu_si256(reinterpret_cast<R*>(o), g);
+                continue;
+            }
+            const R packed = _mm256_shuffle_epi8(g, order);
+            const __m128i lo = _mm256_castsi256_si128(packed), hi = _mm256_extracti128_si256(packed, 1);
+            if (cn == 1) {
+                _mm_storel_epi64(reinterpret_cast<__m128i*>(o), _mm_unpacklo_epi32(lo, hi));
+            } else if (cn == 2) {
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(o), _mm_unpacklo_epi64(lo, hi));
+            } else {
+                // Twelve bytes a lane: eight, then four.
+                _mm_storel_epi64(reinterpret_cast<__m128i*>(o), lo);
+                const int32_t lo4 = _mm_extract_epi32(lo, 2), hi4 = _mm_extract_epi32(hi, 2);
+                std::memcpy(o + 8, &lo4, 4);
+                _mm_storel_epi64(reinterpret_cast<__m128i*>(o + 12), hi);
+                std::memcpy(o + 20, &hi4, 4);
+            }
         }
     }
     for (; i < n; ++i)
