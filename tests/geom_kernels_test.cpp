@@ -60,8 +60,11 @@ void checkRows(Rows (*rowsFor)(Isa), int depth) {
                     std::vector<int32_t> ofs(static_cast<size_t>(n));
                     std::vector<int16_t> w(static_cast<size_t>(n) * k);
                     int most = 0;
+                    // Random offsets, or a scaling's: rising by about `rate` per output.
+                    const int rate = int(rng() % 4);
                     for (int i = 0; i < n; ++i) {
-                        ofs[size_t(i)] = int32_t(rng() % (len - size_t((k - 1) * step)));
+                        const size_t room = len - size_t((k - 1) * step);
+                        ofs[size_t(i)] = int32_t(rate ? size_t(i * rate / 2 + int(rng() % 2)) % room : rng() % room);
                         most = std::max(most, randomWeights(rng, k, &w[size_t(i) * k]));
                     }
                     if (n > 2) ofs[size_t(n) - 2] = int32_t(len - 1 - size_t((k - 1) * step));  // the very last sample
@@ -93,7 +96,10 @@ void checkRows(Rows (*rowsFor)(Isa), int depth) {
                 const size_t len = size_t(rowStep) * 6;
                 std::vector<T> src = randomSamples<T>(rng, len);
                 std::vector<int32_t> ofs(static_cast<size_t>(n));
-                for (auto& o : ofs) o = int32_t(rng() % (len - size_t(cn) + 1));
+                const int rate = int(rng() % 4);
+                for (int i = 0; i < n; ++i)
+                    ofs[size_t(i)] = int32_t(rate ? size_t(i * rate / 2) * size_t(cn) % (len - size_t(cn) + 1)
+                                                  : rng() % (len - size_t(cn) + 1));
                 std::vector<T> a(static_cast<size_t>(n) * cn), b(size_t(n) * cn);
                 ref.gather(src.data(), ptrdiff_t(len), ofs.data(), cn, a.data(), n);
                 simd.gather(src.data(), ptrdiff_t(len), ofs.data(), cn, b.data(), n);
@@ -125,7 +131,8 @@ TEST(InterpRows, SimdMatchesScalar8U) { checkRows<uint8_t, int16_t>(interpRows8,
 TEST(InterpRows, SimdMatchesScalar16U) { checkRows<uint16_t, int32_t>(interpRows16, 16); }
 
 template <class T>
-void checkStride(StrideRow<T> ref, StrideRow<T> simd, std::mt19937& rng) {
+void checkStride(StrideRow<T> ref, StrideRow<T> simd, StrideBlock<T> refBlock, StrideBlock<T> simdBlock,
+                 std::mt19937& rng) {
     for (int n : kLengths)
         for (int cn : {1, 2, 3, 4})
             for (ptrdiff_t stride : {ptrdiff_t(cn), ptrdiff_t(-cn), ptrdiff_t(3 * cn + 7), ptrdiff_t(-2 * cn - 5)}) {
@@ -136,6 +143,21 @@ void checkStride(StrideRow<T> ref, StrideRow<T> simd, std::mt19937& rng) {
                 ref(first, stride, cn, a.data(), n);
                 simd(first, stride, cn, b.data(), n);
                 ASSERT_EQ(a, b) << "n " << n << " cn " << cn << " stride " << stride;
+                // Eight neighbouring columns of a source n rows high, either way along the rows.
+                const ptrdiff_t rowStep = 9 * cn + 3;
+                std::vector<T> img = randomSamples<T>(rng, size_t(rowStep) * size_t(n));
+                for (int dir : {1, -1}) {
+                    const T* top = img.data() + (dir < 0 ? 8 * cn : cn);
+                    const T* from = stride < 0 ? top + ptrdiff_t(n - 1) * rowStep : top;
+                    std::vector<T> ra(size_t(n) * cn * 8), rb(ra.size());
+                    T* pa[8];
+                    T* pb[8];
+                    for (int r = 0; r < 8; ++r) pa[r] = &ra[size_t(r) * n * cn], pb[r] = &rb[size_t(r) * n * cn];
+                    const ptrdiff_t along = stride < 0 ? -rowStep : rowStep;
+                    refBlock(from, along, dir * cn, cn, pa, n);
+                    simdBlock(from, along, dir * cn, cn, pb, n);
+                    ASSERT_EQ(ra, rb) << "block n " << n << " cn " << cn << " dir " << dir;
+                }
             }
 }
 
@@ -144,9 +166,9 @@ TEST(StrideRows, SimdMatchesScalar) {
     const StrideRows ref = strideRows(Isa::Scalar);
     for (Isa isa : simdIsas()) {
         const StrideRows simd = strideRows(isa);
-        checkStride(ref.rows8, simd.rows8, rng);
-        checkStride(ref.rows16, simd.rows16, rng);
-        checkStride(ref.rows32, simd.rows32, rng);
+        checkStride(ref.rows8, simd.rows8, ref.block8, simd.block8, rng);
+        checkStride(ref.rows16, simd.rows16, ref.block16, simd.block16, rng);
+        checkStride(ref.rows32, simd.rows32, ref.block32, simd.block32, rng);
     }
 }
 

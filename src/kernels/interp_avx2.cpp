@@ -106,24 +106,62 @@ ZAN_AVX_INLINE __m128i finish16(__m256d acc, int s2) {
 // Whether a pair of taps `step` apart fits one word.
 ZAN_AVX_INLINE bool pairable(int step, int bytes) { return step >= 1 && step * bytes <= 4 - bytes; }
 
+// ---- windows ----
+// Where a block's offsets lie within 16 bytes of its first one (scaling tables
+// mostly do), one load and a byte shuffle fetch the whole block; the shuffle
+// controls are the offsets less the first.
+
+ZAN_AVX_INLINE __m128i load16(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
+
+// True when every d lies in [0, most].
+ZAN_AVX_INLINE bool within(R d, int most) {
+    return _mm256_movemask_epi8(_mm256_or_si256(_mm256_cmpgt_epi32(d, _mm256_set1_epi32(most)),
+                                                _mm256_cmpgt_epi32(_mm256_setzero_si256(), d))) == 0;
+}
+
+// The first stage of eight outputs, four per 128-bit lane, from one window a
+// lane; false (nothing computed) when the taps do not fit the windows.
+ZAN_AVX_INLINE bool windowStage8(const uint8_t* src, ptrdiff_t limit, const int32_t* ofs, int step, int k, R w01,
+                                 R w23, R round, __m128i shift, R& h) {
+    const int b0 = ofs[0], b1 = ofs[4];
+    if (b0 + ptrdiff_t(16) > limit || b1 + ptrdiff_t(16) > limit) return false;
+    const R d = _mm256_sub_epi32(loadu(ofs), _mm256_setr_epi32(b0, b0, b0, b0, b1, b1, b1, b1));
+    if (!within(d, 15 - (k - 1) * step)) return false;
+    const R win = _mm256_inserti128_si256(_mm256_castsi128_si256(load16(src + b0)), load16(src + b1), 1);
+    const R zeroHigh = _mm256_set1_epi32(int(0x80008000u));
+    const R stepV = _mm256_set1_epi32(step);
+    R at = d;
+    R acc = _mm256_setzero_si256();
+    for (int t = 0; t < k; t += 2) {
+        const R next = _mm256_add_epi32(at, stepV);
+        const R control = _mm256_or_si256(_mm256_or_si256(at, _mm256_slli_epi32(next, 16)), zeroHigh);
+        acc = _mm256_add_epi32(acc, _mm256_madd_epi16(_mm256_shuffle_epi8(win, control), t == 0 ? w01 : w23));
+        at = _mm256_add_epi32(next, stepV);
+    }
+    h = _mm256_sra_epi32(_mm256_add_epi32(acc, round), shift);
+    return true;
+}
+
 void horizontal8(const uint8_t* src, ptrdiff_t limit, const int32_t* ofs, const int16_t* w, int k, int step, int s1,
                  int16_t* h, int n) {
     int i = 0;
-    const bool paired = (k == 2 || k == 4) && pairable(step, 1);
-    const ptrdiff_t last = limit - 4 - (k == 4 ? 2 * step : 0);
-    if (paired && last >= 0) {
-        const R lastV = _mm256_set1_epi32(int(last > INT32_MAX ? INT32_MAX : last));
+    if ((k == 2 || k == 4) && step >= 1 && (k - 1) * step < 16) {
         const R round = _mm256_set1_epi32(s1 ? 1 << (s1 - 1) : 0);
         const __m128i shift = _mm_cvtsi32_si128(s1);
         for (; i + 16 <= n; i += 16) {
-            const R ia = loadu(ofs + i), ib = loadu(ofs + i + 8);
-            if (unsafe(ia, lastV) || unsafe(ib, lastV)) break;
-            R a01, a23, b01, b23;
+            R a01, a23, b01, b23, ha, hb;
             weightPairs(w + ptrdiff_t(i) * k, k, a01, a23);
             weightPairs(w + ptrdiff_t(i + 8) * k, k, b01, b23);
-            const R ha = firstStage8(src, ia, step, k, a01, a23, round, shift);
-            const R hb = firstStage8(src, ib, step, k, b01, b23, round, shift);
-            _mm256_storeu_si256(reinterpret_cast<R*>(h + i), _mm256_permute4x64_epi64(_mm256_packs_epi32(ha, hb), 0xD8));
+            if (windowStage8(src, limit, ofs + i, step, k, a01, a23, round, shift, ha) &&
+                windowStage8(src, limit, ofs + i + 8, step, k, b01, b23, round, shift, hb)) {
+                _mm256_storeu_si256(reinterpret_cast<R*>(h + i),
+                                    _mm256_permute4x64_epi64(_mm256_packs_epi32(ha, hb), 0xD8));
+                continue;
+            }
+            for (int j = i; j < i + 16; ++j) {
+                const uint8_t* p = src + ofs[j];
+                h[j] = int16_t(firstStage([&](int t) { return p[t * step]; }, w + ptrdiff_t(j) * k, k, s1));
+            }
         }
     }
     for (; i < n; ++i) {
@@ -185,8 +223,34 @@ void pointOne(const T* src, ptrdiff_t rowStep, int step, int cn, int32_t ofs, co
 }
 
 // Eight pixels at a time, channel by channel: K rows of first stages, then the second.
+// Linear interpolation of cn channels with plain loads: on processors whose
+// gathers are slow, four loads a sample beat two gathers per eight.
+template <int Cn>
+void pointLinear8(const uint8_t* src, ptrdiff_t rowStep, int step, const int32_t* ofs, const int16_t* wx,
+                  const int16_t* wy, int s1, uint8_t* out, int n) {
+    const int s2 = 2 * kWeightBits - s1, r1 = s1 ? 1 << (s1 - 1) : 0, r2 = 1 << (s2 - 1);
+    for (int i = 0; i < n; ++i, wx += 2, wy += 2, out += Cn) {
+        const uint8_t* p = src + ofs[i];
+        const int x0 = wx[0], x1 = wx[1], y0 = wy[0], y1 = wy[1];
+        for (int c = 0; c < Cn; ++c) {
+            const int h0 = (x0 * p[c] + x1 * p[c + step] + r1) >> s1;
+            const int h1 = (x0 * p[c + rowStep] + x1 * p[c + rowStep + step] + r1) >> s1;
+            const int v = (y0 * h0 + y1 * h1 + r2) >> s2;
+            out[c] = uint8_t(v < 0 ? 0 : v > 255 ? 255 : v);
+        }
+    }
+}
+
 void point8(const uint8_t* src, ptrdiff_t limit, ptrdiff_t rowStep, int step, int cn, const int32_t* ofs,
             const int16_t* wx, const int16_t* wy, int k, int s1, uint8_t* out, int n) {
+    if (k == 2 && cn >= 1 && cn <= 4) {
+        switch (cn) {
+            case 1: pointLinear8<1>(src, rowStep, step, ofs, wx, wy, s1, out, n); return;
+            case 2: pointLinear8<2>(src, rowStep, step, ofs, wx, wy, s1, out, n); return;
+            case 3: pointLinear8<3>(src, rowStep, step, ofs, wx, wy, s1, out, n); return;
+            default: pointLinear8<4>(src, rowStep, step, ofs, wx, wy, s1, out, n); return;
+        }
+    }
     int i = 0;
     const ptrdiff_t last = limit - 4 - (k - 1) * rowStep - (k == 4 ? 2 * step : 0) - (cn - 1);
     if ((k == 2 || k == 4) && pairable(step, 1) && last >= 0) {
@@ -259,43 +323,60 @@ void point16(const uint16_t* src, ptrdiff_t limit, ptrdiff_t rowStep, int step, 
                  out + ptrdiff_t(i) * cn);
 }
 
-// Nearest neighbour: whole words gathered, the pixel's bytes kept.
+// Nearest neighbour: a window of sixteen single bytes, or of four pixels of
+// two to four bytes, where the offsets allow; plain loads elsewhere.
+template <int Cn>
+void copyPixels(const uint8_t* src, const int32_t* ofs, uint8_t* out, int n) {
+    for (int i = 0; i < n; ++i) std::memcpy(out + ptrdiff_t(i) * Cn, src + ofs[i], Cn);
+}
+
 void gatherPixels8(const uint8_t* src, ptrdiff_t limit, const int32_t* ofs, int cn, uint8_t* out, int n) {
     int i = 0;
-    const ptrdiff_t last = limit - 4;
-    if (cn <= 4 && last >= 0) {
-        const R lastV = _mm256_set1_epi32(int(last > INT32_MAX ? INT32_MAX : last));
-        // Per 128-bit lane: the first cn bytes of each of its four words, packed.
-        int8_t pick[16];
-        for (int j = 0; j < 16; ++j) pick[j] = j < 4 * cn ? int8_t((j / cn) * 4 + j % cn) : int8_t(-1);
-        const R order = _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(pick)));
-        for (; i + 8 <= n; i += 8) {
-            const R idx = loadu(ofs + i);
-            if (unsafe(idx, lastV)) break;
-            const R g = gather8(src, idx);
-            uint8_t* o = out + ptrdiff_t(i) * cn;
-            if (cn == 4) {
-                _mm256_storeu_si256(reinterpret_cast<R*>(o), g);
+    if (cn == 1) {
+        for (; i + 16 <= n; i += 16) {
+            const int b = ofs[i];
+            const R base = _mm256_set1_epi32(b);
+            const R d0 = _mm256_sub_epi32(loadu(ofs + i), base), d1 = _mm256_sub_epi32(loadu(ofs + i + 8), base);
+            if (b + ptrdiff_t(16) > limit || !within(d0, 15) || !within(d1, 15)) {
+                for (int j = i; j < i + 16; ++j) out[j] = src[ofs[j]];
                 continue;
             }
-            const R packed = _mm256_shuffle_epi8(g, order);
-            const __m128i lo = _mm256_castsi256_si128(packed), hi = _mm256_extracti128_si256(packed, 1);
-            if (cn == 1) {
-                _mm_storel_epi64(reinterpret_cast<__m128i*>(o), _mm_unpacklo_epi32(lo, hi));
-            } else if (cn == 2) {
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(o), _mm_unpacklo_epi64(lo, hi));
-            } else {
-                // Twelve bytes a lane: eight, then four.
-                _mm_storel_epi64(reinterpret_cast<__m128i*>(o), lo);
-                const int32_t lo4 = _mm_extract_epi32(lo, 2), hi4 = _mm_extract_epi32(hi, 2);
-                std::memcpy(o + 8, &lo4, 4);
-                _mm_storel_epi64(reinterpret_cast<__m128i*>(o + 12), hi);
-                std::memcpy(o + 20, &hi4, 4);
+            const R d16 = _mm256_permute4x64_epi64(_mm256_packs_epi32(d0, d1), 0xD8);
+            const __m128i control = _mm_packus_epi16(_mm256_castsi256_si128(d16), _mm256_extracti128_si256(d16, 1));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_shuffle_epi8(load16(src + b), control));
+        }
+    } else if (cn <= 4) {
+        // Byte c of pixel j at d_j + c: each offset's low byte spread over the pixel, plus 0 .. cn - 1.
+        int8_t spread[16], plus[16];
+        for (int j = 0; j < 16; ++j) {
+            spread[j] = j < 4 * cn ? int8_t((j / cn) * 4) : int8_t(-1);
+            plus[j] = j < 4 * cn ? int8_t(j % cn) : int8_t(0);
+        }
+        const __m128i spreadV = load16(spread), plusV = load16(plus);
+        for (; i + 4 <= n; i += 4) {
+            const int b = ofs[i];
+            const __m128i d = _mm_sub_epi32(load16(ofs + i), _mm_set1_epi32(b));
+            const __m128i bad = _mm_or_si128(_mm_cmpgt_epi32(d, _mm_set1_epi32(16 - cn)),
+                                             _mm_cmpgt_epi32(_mm_setzero_si128(), d));
+            if (b + ptrdiff_t(16) > limit || _mm_movemask_epi8(bad)) {
+                for (int j = i; j < i + 4; ++j) std::memcpy(out + ptrdiff_t(j) * cn, src + ofs[j], size_t(cn));
+                continue;
             }
+            const __m128i control = _mm_add_epi8(_mm_shuffle_epi8(d, spreadV), plusV);
+            uint8_t px[16];
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(px), _mm_shuffle_epi8(load16(src + b), control));
+            std::memcpy(out + ptrdiff_t(i) * cn, px, size_t(4 * cn));
         }
     }
-    for (; i < n; ++i)
-        for (int c = 0; c < cn; ++c) out[ptrdiff_t(i) * cn + c] = src[ofs[i] + c];
+    switch (cn) {
+        case 1: copyPixels<1>(src, ofs + i, out + i, n - i); break;
+        case 2: copyPixels<2>(src, ofs + i, out + ptrdiff_t(i) * 2, n - i); break;
+        case 3: copyPixels<3>(src, ofs + i, out + ptrdiff_t(i) * 3, n - i); break;
+        case 4: copyPixels<4>(src, ofs + i, out + ptrdiff_t(i) * 4, n - i); break;
+        default:
+            for (; i < n; ++i)
+                for (int c = 0; c < cn; ++c) out[ptrdiff_t(i) * cn + c] = src[ofs[i] + c];
+    }
 }
 
 void gatherPixels16(const uint16_t* src, ptrdiff_t limit, const int32_t* ofs, int cn, uint16_t* out, int n) {

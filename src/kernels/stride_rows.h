@@ -13,10 +13,19 @@ namespace kern {
 template <class T>
 using StrideRow = void (*)(const T* first, ptrdiff_t stride, int cn, T* out, int n);
 
+// Eight rows at once, row r starting at first + r * next: a quarter turn
+// reads eight neighbouring source columns together and moves them as 8 x 8
+// blocks instead of walking one column at a time.
+template <class T>
+using StrideBlock = void (*)(const T* first, ptrdiff_t stride, ptrdiff_t next, int cn, T* const* out, int n);
+
 struct StrideRows {
     StrideRow<uint8_t> rows8;
     StrideRow<uint16_t> rows16;
     StrideRow<uint32_t> rows32;
+    StrideBlock<uint8_t> block8;
+    StrideBlock<uint16_t> block16;
+    StrideBlock<uint32_t> block32;
 };
 
 StrideRows strideRows(Isa isa);
