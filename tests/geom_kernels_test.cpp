@@ -90,6 +90,14 @@ void checkRows(Rows (*rowsFor)(Isa), int depth) {
                 simd.vertical(taps.data(), w.data(), k, s1, b.data(), n);
                 ASSERT_EQ(a, b) << "vertical k " << k;
             }
+            // Halving: two rows of 2n pixels (and the bytes a vector row may read past them).
+            for (int cn : {1, 2, 3, 4}) {
+                std::vector<T> ra = randomSamples<T>(rng, size_t(2 * n) * cn), rb = randomSamples<T>(rng, ra.size());
+                std::vector<T> a(size_t(n) * cn), b(a.size());
+                ref.halve(ra.data(), rb.data(), cn, a.data(), n);
+                simd.halve(ra.data(), rb.data(), cn, b.data(), n);
+                ASSERT_EQ(a, b) << "halve cn " << cn;
+            }
             // Nearest neighbour and the warps' K x K points.
             for (int cn : {1, 2, 3, 4, 5}) {
                 const ptrdiff_t rowStep = ptrdiff_t(n) * cn + 13;

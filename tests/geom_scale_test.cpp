@@ -115,6 +115,7 @@ const Case kCases[] = {
     {"resize super is decimation", Resize, 1, ZAN_DEPTH_8U, 0, 31, 23, 30, 20, {2, 3, 1, 2}, 3, 3, 1},
     {"decimate super", Decimate, 3, ZAN_DEPTH_8U, 0, 31, 23, 30, 20, {2, 5, 3, 4}, 3, 3, 1},
     {"decimate super 2x2 exact", Decimate, 1, ZAN_DEPTH_16U, 0, 30, 20, 30, 20, {1, 2, 1, 2}, 3, 3, 0},
+    {"resize super by half", Resize, 3, ZAN_DEPTH_8U, 0, 67, 20, 40, 20, {1, 2, 1, 2}, 3, 3, 0},
     {"decimate super 1U", Decimate, 1, ZAN_DEPTH_1U, 0, 33, 20, 30, 20, {1, 3, 2, 3}, 3, 3, 0},
     {"decimate linear off integral", Decimate, 1, ZAN_DEPTH_8U, 0, 31, 23, 30, 20, {2, 3, 1, 2}, 1, 1, 1},
     {"decimate cubic 16U", Decimate, 1, ZAN_DEPTH_16U, 0, 31, 23, 30, 20, {3, 4, 2, 3}, 2, 2, 40},

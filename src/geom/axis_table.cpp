@@ -14,6 +14,10 @@ namespace {
 struct Taps {
     int64_t lo = 0;
     std::vector<double> w;
+    void clear() {
+        lo = 0;
+        w.clear();
+    }
     void put(int64_t i, double v) {
         if (w.empty()) lo = i;
         if (i < lo) {
@@ -86,12 +90,30 @@ AxisTable buildAxis(const AxisSpec& s) {
 
     AxisTable t;
     t.count = s.count;
-    std::vector<Taps> all(static_cast<size_t>(s.count));
+    t.first.resize(size_t(s.count));
+    t.absSum = kern::kWeightOne;
+    Taps raw, out;
+    // Whole-number positions (the factor's source part a multiple of its
+    // destination part) read one pixel each in every mode but super-sampling.
+    if (box == 1 && mode != Inter::Super && src % dst == 0) mode = Inter::Nearest;
+    if (mode == Inter::Nearest && box == 1) {
+        for (int64_t x = 0; x < s.count; ++x) {
+            raw.clear();
+            interpolate(s, mode, x, src, dst, raw);
+            t.first[size_t(x)] = int32_t(raw.lo);
+        }
+        return t;
+    }
+
+    // Each destination pixel's weights over [lo[x], lo[x] + size[x]), kept end to end.
+    std::vector<int64_t> lo(size_t(s.count));
+    std::vector<size_t> at(size_t(s.count) + 1);
+    std::vector<double> all;
     int64_t widest = 1;
     for (int64_t x = 0; x < s.count; ++x) {
-        Taps raw;
+        raw.clear();
         interpolate(s, mode, x, src, dst, raw);
-        Taps& out = all[size_t(x)];
+        out.clear();
         // The box mean runs first, so each tap spreads over the box around it;
         // past either edge the edge pixel stands in.
         for (size_t k = 0; k < raw.w.size(); ++k)
@@ -101,29 +123,33 @@ AxisTable buildAxis(const AxisSpec& s) {
         size_t a = 0, b = out.w.size();
         while (b - a > 1 && out.w[a] == 0.0) ++a;
         while (b - a > 1 && out.w[b - 1] == 0.0) --b;
-        out.w = std::vector<double>(out.w.begin() + ptrdiff_t(a), out.w.begin() + ptrdiff_t(b));
-        out.lo += int64_t(a);
-        widest = std::max(widest, int64_t(out.w.size()));
+        lo[size_t(x)] = out.lo + int64_t(a);
+        at[size_t(x)] = all.size();
+        all.insert(all.end(), out.w.begin() + ptrdiff_t(a), out.w.begin() + ptrdiff_t(b));
+        widest = std::max(widest, int64_t(b - a));
     }
+    at[size_t(s.count)] = all.size();
 
     t.taps = int(widest);
-    t.first.resize(size_t(s.count));
-    if (t.taps > 1) t.weights.assign(size_t(s.count) * size_t(t.taps), 0);
+    if (t.taps == 1) {
+        for (int64_t x = 0; x < s.count; ++x) t.first[size_t(x)] = int32_t(lo[size_t(x)]);
+        return t;
+    }
+    t.absSum = 0;
+    t.weights.assign(size_t(s.count) * size_t(t.taps), 0);
     std::vector<double> w(static_cast<size_t>(t.taps));
     for (int64_t x = 0; x < s.count; ++x) {
-        const Taps& o = all[size_t(x)];
-        int64_t first = std::min(o.lo, n - t.taps);
+        const int64_t first = std::min(lo[size_t(x)], n - t.taps);
         t.first[size_t(x)] = int32_t(first);
-        if (t.taps == 1) continue;
         std::fill(w.begin(), w.end(), 0.0);
-        for (size_t k = 0; k < o.w.size(); ++k) w[size_t(o.lo - first) + k] = o.w[k];
+        for (size_t k = at[size_t(x)]; k < at[size_t(x) + 1]; ++k)
+            w[size_t(lo[size_t(x)] - first) + (k - at[size_t(x)])] = all[k];
         int16_t* q = &t.weights[size_t(x) * size_t(t.taps)];
         kern::quantizeWeights(w.data(), t.taps, q);
         int sum = 0;
         for (int k = 0; k < t.taps; ++k) sum += std::abs(q[k]);
         t.absSum = std::max(t.absSum, sum);
     }
-    if (t.taps == 1) t.absSum = kern::kWeightOne;
     return t;
 }
 

@@ -82,10 +82,37 @@ struct Scaler {
         }
     }
 
+    // Super-sampling by exactly a half each way over pixels that lie side by
+    // side: the tables' weights are all 2048 and the general stages reduce to
+    // the halving row's quarter sum.
+    static bool halves(const AxisTable& t) {
+        if (t.taps != 2) return false;
+        for (int x = 0; x < t.count; ++x)
+            if (t.first[size_t(x)] != 2 * x || t.weights[size_t(x) * 2] != kern::kWeightOne / 2 ||
+                t.weights[size_t(x) * 2 + 1] != kern::kWeightOne / 2)
+                return false;
+        return true;
+    }
+
+    void halved(const Lane& lane) {
+        const char* base = reinterpret_cast<const char*>(src.channel<T>(lane.srcFirst));
+        std::vector<T> buf(size_t(tx.count) * lane.count);
+        for (int y = 0; y < ty.count; ++y) {
+            const T* a = reinterpret_cast<const T*>(base + ptrdiff_t(2 * y) * src.view().rowStep);
+            const T* b = reinterpret_cast<const T*>(base + ptrdiff_t(2 * y + 1) * src.view().rowStep);
+            T* out = static_cast<T*>(dst.direct(lane, y, 0));
+            rows.halve(a, b, lane.count, out ? out : buf.data(), tx.count);
+            if (!out) dst.write(lane, y, 0, tx.count, buf.data());
+        }
+    }
+
     void run(const std::vector<Lane>& lanes, int depth) {
+        const bool half = halves(tx) && halves(ty);
         for (const Lane& lane : lanes) {
             if (tx.nearest() && ty.nearest())
                 nearest(lane);
+            else if (half && src.view().pixelStep == lane.count)
+                halved(lane);
             else
                 filtered(lane, depth);
         }

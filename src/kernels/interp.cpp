@@ -97,12 +97,22 @@ void pointRef(const T* src, ptrdiff_t, ptrdiff_t rowStep, int step, int cn, cons
     }
 }
 
+template <class T>
+void halveRef(const T* a, const T* b, int cn, T* out, int n) {
+    for (int i = 0; i < n; ++i)
+        for (int c = 0; c < cn; ++c) {
+            const ptrdiff_t j = ptrdiff_t(2 * i) * cn + c;
+            out[ptrdiff_t(i) * cn + c] = T((a[j] + a[j + cn] + b[j] + b[j + cn] + 2) >> 2);
+        }
+}
+
 template <class Rows>
 Rows pick(Rows scalar, Rows simd) {
     if (simd.horizontal) scalar.horizontal = simd.horizontal;
     if (simd.vertical) scalar.vertical = simd.vertical;
     if (simd.gather) scalar.gather = simd.gather;
     if (simd.point) scalar.point = simd.point;
+    if (simd.halve) scalar.halve = simd.halve;
     return scalar;
 }
 
@@ -110,7 +120,7 @@ Rows pick(Rows scalar, Rows simd) {
 
 InterpRows8 interpRows8(Isa isa) {
     InterpRows8 r{horizontalRef<uint8_t, int16_t>, verticalRef<uint8_t, int16_t>, gatherRef<uint8_t>,
-                  pointRef<uint8_t>};
+                  pointRef<uint8_t>, halveRef<uint8_t>};
     if (isa == Isa::Avx2) return pick(r, avx2InterpRows8());
     if (isa == Isa::Sse2) return pick(r, sse2InterpRows8());
     return r;
@@ -118,7 +128,7 @@ InterpRows8 interpRows8(Isa isa) {
 
 InterpRows16 interpRows16(Isa isa) {
     InterpRows16 r{horizontalRef<uint16_t, int32_t>, verticalRef<uint16_t, int32_t>, gatherRef<uint16_t>,
-                   pointRef<uint16_t>};
+                   pointRef<uint16_t>, halveRef<uint16_t>};
     if (isa == Isa::Avx2) return pick(r, avx2InterpRows16());
     if (isa == Isa::Sse2) return pick(r, sse2InterpRows16());
     return r;

@@ -96,17 +96,25 @@ template <class T>
 using PointRow = void (*)(const T* src, ptrdiff_t limit, ptrdiff_t rowStep, int step, int cn, const int32_t* ofs,
                           const int16_t* wx, const int16_t* wy, int k, int s1, T* out, int n);
 
+// Super-sampling by exactly one half each way, from two source rows of
+// contiguous pixels: the general weights are then 2048 each and both stages
+// come to out = (a(2i) + a(2i + 1) + b(2i) + b(2i + 1) + 2) >> 2, per channel.
+template <class T>
+using HalveRow = void (*)(const T* a, const T* b, int cn, T* out, int n);
+
 struct InterpRows8 {
     HorizontalRow<uint8_t, int16_t> horizontal;
     VerticalRow<uint8_t, int16_t> vertical;
     GatherRow<uint8_t> gather;
     PointRow<uint8_t> point;
+    HalveRow<uint8_t> halve;
 };
 struct InterpRows16 {
     HorizontalRow<uint16_t, int32_t> horizontal;
     VerticalRow<uint16_t, int32_t> vertical;
     GatherRow<uint16_t> gather;
     PointRow<uint16_t> point;
+    HalveRow<uint16_t> halve;
 };
 
 // The rows of one instruction set (the scalar ones where a set has no variant).

@@ -5,6 +5,7 @@
 // weights add up to 4096); the 16U second stage adds in double precision,
 // where its integer products are exact. Outputs whose words would reach past
 // `limit`, and the tails, go through the formulas of interp.h one by one.
+#include <algorithm>
 #include <cstring>
 
 #include "kernels/interp.h"
@@ -123,9 +124,13 @@ ZAN_AVX_INLINE bool within(R d, int most) {
 // lane; false (nothing computed) when the taps do not fit the windows.
 ZAN_AVX_INLINE bool windowStage8(const uint8_t* src, ptrdiff_t limit, const int32_t* ofs, int step, int k, R w01,
                                  R w23, R round, __m128i shift, R& h) {
-    const int b0 = ofs[0], b1 = ofs[4];
+    // Each lane's window starts at its smallest offset.
+    const R idx = loadu(ofs);
+    R base = _mm256_min_epi32(idx, _mm256_shuffle_epi32(idx, 0x4E));
+    base = _mm256_min_epi32(base, _mm256_shuffle_epi32(base, 0xB1));
+    const int b0 = _mm256_extract_epi32(base, 0), b1 = _mm256_extract_epi32(base, 4);
     if (b0 + ptrdiff_t(16) > limit || b1 + ptrdiff_t(16) > limit) return false;
-    const R d = _mm256_sub_epi32(loadu(ofs), _mm256_setr_epi32(b0, b0, b0, b0, b1, b1, b1, b1));
+    const R d = _mm256_sub_epi32(idx, base);
     if (!within(d, 15 - (k - 1) * step)) return false;
     const R win = _mm256_inserti128_si256(_mm256_castsi128_si256(load16(src + b0)), load16(src + b1), 1);
     const R zeroHigh = _mm256_set1_epi32(int(0x80008000u));
@@ -323,8 +328,9 @@ void point16(const uint16_t* src, ptrdiff_t limit, ptrdiff_t rowStep, int step, 
                  out + ptrdiff_t(i) * cn);
 }
 
-// Nearest neighbour: a window of sixteen single bytes, or of four pixels of
-// two to four bytes, where the offsets allow; plain loads elsewhere.
+// Nearest neighbour: single bytes sixteen to a window where the offsets
+// allow, or every other byte of 32; pixels of two to four bytes by plain
+// loads and stores of whole words.
 template <int Cn>
 void copyPixels(const uint8_t* src, const int32_t* ofs, uint8_t* out, int n) {
     for (int i = 0; i < n; ++i) std::memcpy(out + ptrdiff_t(i) * Cn, src + ofs[i], Cn);
@@ -334,38 +340,34 @@ void gatherPixels8(const uint8_t* src, ptrdiff_t limit, const int32_t* ofs, int 
     int i = 0;
     if (cn == 1) {
         for (; i + 16 <= n; i += 16) {
-            const int b = ofs[i];
+            const int b = std::min(ofs[i], ofs[i + 15]);
             const R base = _mm256_set1_epi32(b);
             const R d0 = _mm256_sub_epi32(loadu(ofs + i), base), d1 = _mm256_sub_epi32(loadu(ofs + i + 8), base);
             if (b + ptrdiff_t(16) > limit || !within(d0, 15) || !within(d1, 15)) {
-                for (int j = i; j < i + 16; ++j) out[j] = src[ofs[j]];
+                // Every other byte (a halving): one 32-byte load, the even bytes kept.
+                const R ramp = _mm256_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14);
+                const R even0 = _mm256_cmpeq_epi32(d0, ramp);
+                const R even1 = _mm256_cmpeq_epi32(d1, _mm256_add_epi32(ramp, _mm256_set1_epi32(16)));
+                if (b + ptrdiff_t(32) <= limit && _mm256_movemask_epi8(_mm256_and_si256(even0, even1)) == -1) {
+                    const R v = _mm256_and_si256(loadu(src + b), _mm256_set1_epi16(0xFF));
+                    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i),
+                                     _mm256_castsi256_si128(_mm256_permute4x64_epi64(_mm256_packus_epi16(v, v), 0x08)));
+                } else {
+                    for (int j = i; j < i + 16; ++j) out[j] = src[ofs[j]];
+                }
                 continue;
             }
             const R d16 = _mm256_permute4x64_epi64(_mm256_packs_epi32(d0, d1), 0xD8);
             const __m128i control = _mm_packus_epi16(_mm256_castsi256_si128(d16), _mm256_extracti128_si256(d16, 1));
             _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_shuffle_epi8(load16(src + b), control));
         }
-    } else if (cn <= 4) {
-        // Byte c of pixel j at d_j + c: each offset's low byte spread over the pixel, plus 0 .. cn - 1.
-        int8_t spread[16], plus[16];
-        for (int j = 0; j < 16; ++j) {
-            spread[j] = j < 4 * cn ? int8_t((j / cn) * 4) : int8_t(-1);
-            plus[j] = j < 4 * cn ? int8_t(j % cn) : int8_t(0);
-        }
-        const __m128i spreadV = load16(spread), plusV = load16(plus);
-        for (; i + 4 <= n; i += 4) {
-            const int b = ofs[i];
-            const __m128i d = _mm_sub_epi32(load16(ofs + i), _mm_set1_epi32(b));
-            const __m128i bad = _mm_or_si128(_mm_cmpgt_epi32(d, _mm_set1_epi32(16 - cn)),
-                                             _mm_cmpgt_epi32(_mm_setzero_si128(), d));
-            if (b + ptrdiff_t(16) > limit || _mm_movemask_epi8(bad)) {
-                for (int j = i; j < i + 4; ++j) std::memcpy(out + ptrdiff_t(j) * cn, src + ofs[j], size_t(cn));
-                continue;
-            }
-            const __m128i control = _mm_add_epi8(_mm_shuffle_epi8(d, spreadV), plusV);
-            uint8_t px[16];
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(px), _mm_shuffle_epi8(load16(src + b), control));
-            std::memcpy(out + ptrdiff_t(i) * cn, px, size_t(4 * cn));
+    } else if (cn == 3) {
+        // Three-byte pixels as words: the fourth byte read is the next one in
+        // the source, the fourth written is overwritten by the next pixel.
+        for (; i + 1 < n && ofs[i] + ptrdiff_t(4) <= limit; ++i) {
+            uint32_t v;
+            std::memcpy(&v, src + ofs[i], 4);
+            std::memcpy(out + ptrdiff_t(i) * 3, &v, 4);
         }
     }
     switch (cn) {
@@ -401,11 +403,49 @@ void gatherPixels16(const uint16_t* src, ptrdiff_t limit, const int32_t* ofs, in
         for (int c = 0; c < cn; ++c) out[ptrdiff_t(i) * cn + c] = src[ofs[i] + c];
 }
 
+// ---- halving ----
+// Sums of neighbouring pixels with a byte multiply-add by ones (one channel,
+// after a shuffle that puts each channel's pair side by side for three).
+
+ZAN_AVX_INLINE R pairSums(R x) { return _mm256_maddubs_epi16(x, _mm256_set1_epi8(1)); }
+ZAN_AVX_INLINE R quarter(R a, R b) {
+    return _mm256_srli_epi16(_mm256_add_epi16(_mm256_add_epi16(a, b), _mm256_set1_epi16(2)), 2);
+}
+
+void halve8(const uint8_t* a, const uint8_t* b, int cn, uint8_t* out, int n) {
+    int i = 0;
+    if (cn == 1) {
+        for (; i + 32 <= n; i += 32) {
+            const R lo = quarter(pairSums(loadu(a + 2 * i)), pairSums(loadu(b + 2 * i)));
+            const R hi = quarter(pairSums(loadu(a + 2 * i + 32)), pairSums(loadu(b + 2 * i + 32)));
+            _mm256_storeu_si256(reinterpret_cast<R*>(out + i), _mm256_permute4x64_epi64(_mm256_packus_epi16(lo, hi), 0xD8));
+        }
+    } else if (cn == 3) {
+        // Two output pixels a lane from twelve bytes: (p0 p3) (p1 p4) (p2 p5) (p6 p9) (p7 p10) (p8 p11).
+        const R order = _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 3, 1, 4, 2, 5, 6, 9, 7, 10, 8, 11, -1, -1, -1, -1));
+        for (; i + 5 <= n; i += 4) {  // reads 4 bytes past the last pair: a fifth pixel is there
+            const R x = _mm256_inserti128_si256(_mm256_castsi128_si256(load16(a + 6 * i)), load16(a + 6 * i + 12), 1);
+            const R y = _mm256_inserti128_si256(_mm256_castsi128_si256(load16(b + 6 * i)), load16(b + 6 * i + 12), 1);
+            const R q = quarter(pairSums(_mm256_shuffle_epi8(x, order)), pairSums(_mm256_shuffle_epi8(y, order)));
+            const R p = _mm256_packus_epi16(q, q);
+            uint8_t v[32];
+            _mm256_storeu_si256(reinterpret_cast<R*>(v), p);
+            std::memcpy(out + ptrdiff_t(i) * 3, v, 6);
+            std::memcpy(out + ptrdiff_t(i) * 3 + 6, v + 16, 6);
+        }
+    }
+    for (; i < n; ++i)
+        for (int c = 0; c < cn; ++c) {
+            const ptrdiff_t j = ptrdiff_t(2 * i) * cn + c;
+            out[ptrdiff_t(i) * cn + c] = uint8_t((a[j] + a[j + cn] + b[j] + b[j + cn] + 2) >> 2);
+        }
+}
+
 }  // namespace
 ZAN_TARGET_END
 
-InterpRows8 avx2GatherRows8() { return {horizontal8, nullptr, gatherPixels8, point8}; }
-InterpRows16 avx2GatherRows16() { return {horizontal16, vertical16, gatherPixels16, point16}; }
+InterpRows8 avx2GatherRows8() { return {horizontal8, nullptr, gatherPixels8, point8, halve8}; }
+InterpRows16 avx2GatherRows16() { return {horizontal16, vertical16, gatherPixels16, point16, nullptr}; }
 
 }  // namespace kern
 }  // namespace zan

@@ -13,7 +13,7 @@ namespace kern {
 #define ZAN_KERNEL_SOURCE "kernels/interp_simd.inc"
 #include "kernels/x86_variants.inc"
 
-InterpRows8 sse2InterpRows8() { return {nullptr, sse2::vertical8Simd, nullptr, nullptr}; }
+InterpRows8 sse2InterpRows8() { return {nullptr, sse2::vertical8Simd, nullptr, nullptr, nullptr}; }
 InterpRows8 avx2InterpRows8() {
     InterpRows8 r = avx2GatherRows8();
     r.vertical = avx2::vertical8Simd;
