@@ -4,6 +4,7 @@
 #include <cmath>
 #include <vector>
 
+#include "core/function_ref.h"
 #include "kernels/interp.h"
 
 namespace zan {
@@ -24,7 +25,8 @@ struct Span {
           last(origin + count - 1),
           lo(int64_t(std::ceil((origin - kTolerance) * 4294967296.0))),
           hi(int64_t(std::floor((origin + count - 1 + kTolerance) * 4294967296.0))) {}
-    bool holds(int64_t u) const { return u >= lo && u <= hi; }
+    // One unsigned comparison: u - lo wraps past hi - lo when u is below lo.
+    bool holds(int64_t u) const { return uint64_t(u) - uint64_t(lo) <= uint64_t(hi) - uint64_t(lo); }
     bool holds(double u) const { return u >= first - kTolerance && u <= last + kTolerance; }
     int64_t clamp(int64_t u) const { return std::min(std::max(u, lo), hi); }
 };
@@ -134,8 +136,19 @@ private:
     // The row's pixels whose positions lie in the source rectangle (less, with
     // smooth edges, those the border cuts): the runs they form first, then
     // their taps run by run.
+    template <bool Smooth>
     bool takes(const int64_t* u, const int64_t* v, int x) const {
-        return sx_.holds(u[x]) && sy_.holds(v[x]) && (!job_.smoothEdges || cover_[size_t(x)] == kSub * kSub);
+        return sx_.holds(u[x]) & sy_.holds(v[x]) && (!Smooth || cover_[size_t(x)] == kSub * kSub);
+    }
+
+    template <bool Smooth>
+    void runsOf(const int64_t* u, const int64_t* v, int w, FunctionRef<void(int, int)> take) const {
+        for (int x = 0; x < w;) {
+            while (x < w && !takes<Smooth>(u, v, x)) ++x;
+            const int start = x;
+            while (x < w && takes<Smooth>(u, v, x)) ++x;
+            if (x > start) take(start, x);
+        }
     }
 
     template <Inter M>
@@ -156,13 +169,10 @@ private:
         int first, last;
         if (!job_.smoothEdges && map_.inside(dr_.y + y, dr_.x, w, sx_.lo, sx_.hi, sy_.lo, sy_.hi, &first, &last)) {
             if (last > first) take(first, last);
+        } else if (job_.smoothEdges) {
+            runsOf<true>(u, v, w, take);
         } else {
-            for (int x = 0; x < w;) {
-                while (x < w && !takes(u, v, x)) ++x;
-                const int start = x;
-                while (x < w && takes(u, v, x)) ++x;
-                if (x > start) take(start, x);
-            }
+            runsOf<false>(u, v, w, take);
         }
         s.count = n;
         s.runs = runs;
