@@ -340,6 +340,11 @@ void gatherPixels8(const uint8_t* src, ptrdiff_t limit, const int32_t* ofs, int 
     int i = 0;
     if (cn == 1) {
         for (; i + 16 <= n; i += 16) {
+            // Offsets far apart (a warp's) go straight to plain loads.
+            if (uint32_t(ofs[i + 15] - ofs[i]) > 31u) {
+                for (int j = i; j < i + 16; ++j) out[j] = src[ofs[j]];
+                continue;
+            }
             const int b = std::min(ofs[i], ofs[i + 15]);
             const R base = _mm256_set1_epi32(b);
             const R d0 = _mm256_sub_epi32(loadu(ofs + i), base), d1 = _mm256_sub_epi32(loadu(ofs + i + 8), base);
