@@ -1,20 +1,8 @@
 #include "geom/geom_checks.h"
 
-#include "core/check.h"
 
 namespace zan {
 namespace geom {
-
-bool headersSound(const Op& op, std::initializer_list<ZanImage*> images) {
-    for (ZanImage* im : images) {
-        ZanStatus s = checkImage(im);
-        if (s < 0) {
-            ZAN_FAIL(op, s, "Incorrect Image");
-            return false;
-        }
-    }
-    return true;
-}
 
 bool coiMismatch(const Op& op, const ZanImage* src, const ZanImage* dst, const char* const texts[4], bool firstOnly) {
     const bool srcCoi = src->roi && src->roi->coi > 0, dstCoi = dst->roi && dst->roi->coi > 0;

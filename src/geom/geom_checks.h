@@ -3,6 +3,7 @@
 #include <initializer_list>
 
 #include "core/op.h"
+#include "core/point_checks.h"
 #include "zanpx.h"
 
 namespace zan {
@@ -13,10 +14,6 @@ inline bool refuse(const Op& op, bool failed, const char* text) {
     if (failed) ZAN_FAIL(op, ZAN_StsBadArg, text);
     return failed;
 }
-
-// Header checks in order; the first failure is reported with the status the
-// check recorded ("Incorrect Image") and ends the call.
-bool headersSound(const Op& op, std::initializer_list<ZanImage*> images);
 
 // The four channel-of-interest consistency checks of the scaling operations,
 // each only when the other image has two channels or more. texts: the

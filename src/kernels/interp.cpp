@@ -106,33 +106,23 @@ void halveRef(const T* a, const T* b, int cn, T* out, int n) {
         }
 }
 
-template <class Rows>
-Rows pick(Rows scalar, Rows simd) {
-    if (simd.horizontal) scalar.horizontal = simd.horizontal;
-    if (simd.vertical) scalar.vertical = simd.vertical;
-    if (simd.gather) scalar.gather = simd.gather;
-    if (simd.point) scalar.point = simd.point;
-    if (simd.halve) scalar.halve = simd.halve;
-    return scalar;
+// The scalar rows, each replaced by the set's variant where it has one.
+template <class T, class H>
+InterpRows<T, H> rowsFor(Isa isa, InterpRows<T, H> (*avx2)(), InterpRows<T, H> (*sse2)()) {
+    InterpRows<T, H> r{horizontalRef<T, H>, verticalRef<T, H>, gatherRef<T>, pointRef<T>, halveRef<T>};
+    const InterpRows<T, H> simd = isa == Isa::Avx2 ? avx2() : isa == Isa::Sse2 ? sse2() : InterpRows<T, H>{};
+    if (simd.horizontal) r.horizontal = simd.horizontal;
+    if (simd.vertical) r.vertical = simd.vertical;
+    if (simd.gather) r.gather = simd.gather;
+    if (simd.point) r.point = simd.point;
+    if (simd.halve) r.halve = simd.halve;
+    return r;
 }
 
 }  // namespace
 
-InterpRows8 interpRows8(Isa isa) {
-    InterpRows8 r{horizontalRef<uint8_t, int16_t>, verticalRef<uint8_t, int16_t>, gatherRef<uint8_t>,
-                  pointRef<uint8_t>, halveRef<uint8_t>};
-    if (isa == Isa::Avx2) return pick(r, avx2InterpRows8());
-    if (isa == Isa::Sse2) return pick(r, sse2InterpRows8());
-    return r;
-}
-
-InterpRows16 interpRows16(Isa isa) {
-    InterpRows16 r{horizontalRef<uint16_t, int32_t>, verticalRef<uint16_t, int32_t>, gatherRef<uint16_t>,
-                   pointRef<uint16_t>, halveRef<uint16_t>};
-    if (isa == Isa::Avx2) return pick(r, avx2InterpRows16());
-    if (isa == Isa::Sse2) return pick(r, sse2InterpRows16());
-    return r;
-}
+InterpRows8 interpRows8(Isa isa) { return rowsFor(isa, avx2InterpRows8, sse2InterpRows8); }
+InterpRows16 interpRows16(Isa isa) { return rowsFor(isa, avx2InterpRows16, sse2InterpRows16); }
 
 }  // namespace kern
 }  // namespace zan

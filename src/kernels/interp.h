@@ -102,20 +102,16 @@ using PointRow = void (*)(const T* src, ptrdiff_t limit, ptrdiff_t rowStep, int 
 template <class T>
 using HalveRow = void (*)(const T* a, const T* b, int cn, T* out, int n);
 
-struct InterpRows8 {
-    HorizontalRow<uint8_t, int16_t> horizontal;
-    VerticalRow<uint8_t, int16_t> vertical;
-    GatherRow<uint8_t> gather;
-    PointRow<uint8_t> point;
-    HalveRow<uint8_t> halve;
+template <class T, class H>
+struct InterpRows {
+    HorizontalRow<T, H> horizontal;
+    VerticalRow<T, H> vertical;
+    GatherRow<T> gather;
+    PointRow<T> point;
+    HalveRow<T> halve;
 };
-struct InterpRows16 {
-    HorizontalRow<uint16_t, int32_t> horizontal;
-    VerticalRow<uint16_t, int32_t> vertical;
-    GatherRow<uint16_t> gather;
-    PointRow<uint16_t> point;
-    HalveRow<uint16_t> halve;
-};
+using InterpRows8 = InterpRows<uint8_t, int16_t>;
+using InterpRows16 = InterpRows<uint16_t, int32_t>;
 
 // The rows of one instruction set (the scalar ones where a set has no variant).
 InterpRows8 interpRows8(Isa isa);
