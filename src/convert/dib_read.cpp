@@ -189,11 +189,11 @@ extern "C" ZAN_API ZanImage* ZAN_STDCALL zanTranslateDIB(ZanBitmapInfoHeader* di
     return result;
 }
 
-extern "C" ZAN_API void ZAN_STDCALL zanConvertFromDIB(ZanBitmapInfoHeader* dib, ZanImage* image) {
+extern "C" ZAN_API void ZAN_STDCALL zanConvertFromDIB(const ZanBitmapInfoHeader* dib, ZanImage* image) {
     guarded(kFrom, [&] { convertFrom(kFrom, kPacked, dib, nullptr, image, true); });
 }
 
-extern "C" ZAN_API void ZAN_STDCALL zanConvertFromDIBSep(ZanBitmapInfoHeader* dibHeader, const char* dibData,
+extern "C" ZAN_API void ZAN_STDCALL zanConvertFromDIBSep(const ZanBitmapInfoHeader* dibHeader, const char* dibData,
                                                           ZanImage* image) {
     guarded(kFromSep, [&] {
         if (dibHeader && !dibData) return void(ZAN_FAIL(kFromSep, ZAN_StsBadArg, "dibData==0"));
