@@ -22,7 +22,11 @@ TEST(Services, VersionRecordAndCounter) {
     const ZanLibVersion* v = zanGetLibVersion();
     EXPECT_EQ(v, zanGetLibVersion());
     EXPECT_EQ(v->major * 10000 + v->minor * 1000 + v->build, 21058);
+#ifdef _WIN32
     EXPECT_STREQ(v->Name, "zanPX.dll");
+#else
+    EXPECT_STREQ(v->Name, "libzanpx.so");
+#endif
     EXPECT_STREQ(v->Version, "2.1");
     EXPECT_STREQ(v->InternalVersion, "[2.1.058, 02/02/99]");
     EXPECT_STREQ(v->BuildDate, "Feb  6 1999");
