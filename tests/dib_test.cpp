@@ -247,19 +247,25 @@ TEST_F(DibTest, ReadersGiveTheSamePicture) {
                 if (bpp == 8) row[x] = uint8_t(n);
                 if (bpp >= 16) std::memcpy(row + bpp / 8 * x, bpp == 16 ? static_cast<void*>(&w) : &c, size_t(bpp / 8));
             }
-            Image rgb = colour(3, 2), bgr = colour(3, 2, 3, ZAN_DEPTH_8U, ZAN_DATA_ORDER_PLANE);
+            // Interleaved 8-bit images take the indexed fast path, plane order the general one.
+            Image rgb = colour(3, 2), bgr = colour(3, 2, 3, ZAN_DEPTH_8U, ZAN_DATA_ORDER_PLANE), bgra = colour(3, 2, 4);
+            Image g = gray(3, 2);
             setModel(rgb, "RGB", "RGB");
-            zanConvertFromDIB(d.h(), rgb);
-            zanConvertFromDIB(d.h(), bgr);
+            for (ZanImage* im : {rgb.im, bgr.im, bgra.im, g.im}) zanConvertFromDIB(d.h(), im);
             EXPECT_TRUE(log.empty());
             for (int y = 0; y < 2; ++y)
-                for (int x = 0; x < 3; ++x)
+                for (int x = 0; x < 3; ++x) {
+                    int v[3];
                     for (int c = 0; c < 3; ++c) {
-                        int v = (pic[y][x] >> (16 - 8 * c)) & 0xFF;
-                        if (bpp == 16 && v) v = c == 1 ? 252 : 248;  // shifted, not replicated
-                        EXPECT_EQ(at(rgb, x, y, c), v) << x << "," << y << "," << c;
-                        EXPECT_EQ(at(bgr, x, y, 2 - c), v) << x << "," << y << "," << c;
+                        v[c] = (pic[y][x] >> (16 - 8 * c)) & 0xFF;
+                        if (bpp == 16 && v[c]) v[c] = c == 1 ? 252 : 248;  // shifted, not replicated
+                        EXPECT_EQ(at(rgb, x, y, c), v[c]) << x << "," << y << "," << c;
+                        EXPECT_EQ(at(bgr, x, y, 2 - c), v[c]) << x << "," << y << "," << c;
+                        EXPECT_EQ(at(bgra, x, y, 2 - c), v[c]) << x << "," << y << "," << c;
                     }
+                    EXPECT_EQ(at(bgra, x, y, 3), bpp == 32 ? 0x7F : 255);
+                    EXPECT_EQ(at(g, x, y), (77 * v[0] + 151 * v[1] + 28 * v[2]) >> 8);
+                }
         }
     }
 }
