@@ -132,7 +132,7 @@ int compareCommand(const Args& args) {
 
 int opsCommand(const Args& args) {
     parseArgs("zanpx ops", "", args);
-    for (const OpDef& op : operations()) std::printf("%-14s %-28s %s\n", op.name, op.usage, op.help);
+    for (const OpDef& op : operations()) std::printf("%s %s\n    %s\n", op.name, op.usage, op.help);
     return 0;
 }
 
@@ -144,11 +144,12 @@ const std::vector<Command>& commands() {
          demoCommand},
         {"info", kInfo, "what the file is and how the library sees it", infoCommand},
         {"convert", kConvert,
-         "rewrite a BMP file through the library; by default with the input's bit count for 1-bit and\n"
-         "  gray pictures (8 bits) or 24 bits (32 with alpha), the input's colour table when it has one of\n"
-         "  that size, else the fixed gray table or a median-cut one. --dither reduces the picture first,\n"
-         "  error diffused, to the levels the fixed table or bit fields hold: 1 bit from gray, 4 bits 3\n"
-         "  levels a channel (16 for gray), 8 bits 5 levels a channel, 16 bits 5 bits a channel",
+         "rewrite a BMP file through the library. By default 1-bit pictures give 1-bit files, gray ones\n"
+         "  8-bit files, colour ones 24-bit files (32 with alpha); an indexed file takes the input's colour\n"
+         "  table when it has one of that size, else the fixed gray table or a median-cut one. --dither\n"
+         "  spreads the error of reducing to what the fixed table or bit fields hold exactly: 1 bit from\n"
+         "  the gray picture; 4 bits 0 or 255 a channel (16 grays for gray); 8 bits 0, 128 or 255 a\n"
+         "  channel; 16 bits 32 levels a channel",
          convertCommand},
         {"run", kRun,
          "run one operation (zanpx ops lists them) and write its result: 1-bit results as 1-bit files,\n"

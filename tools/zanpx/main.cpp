@@ -10,7 +10,7 @@ namespace {
 void printUsage(std::FILE* to) {
     std::fputs("usage:\n", to);
     for (const zanpx::Command& c : zanpx::commands())
-        std::fprintf(to, "zanpx %s %s\n  %s\n", c.name, c.usage, c.help);
+        std::fprintf(to, "zanpx %s%s%s\n  %s\n", c.name, *c.usage ? " " : "", c.usage, c.help);
 }
 
 }  // namespace
