@@ -1,5 +1,6 @@
-# Installs the build into a scratch prefix, then compiles and runs a C program
-# that includes only <zanpx.h> and links through pkg-config.
+# Installs the build into a scratch prefix, runs the installed programs, then
+# compiles and runs a C program that includes only <zanpx.h> and links through
+# pkg-config.
 set(prefix ${BUILD_DIR}/install-test)
 file(REMOVE_RECURSE ${prefix})
 execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix}
@@ -7,6 +8,15 @@ execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefi
 if(rc)
   message(FATAL_ERROR "install failed")
 endif()
+# Installed programs find the installed library by themselves.
+foreach(program zanpx_example zanpx)
+  if(EXISTS ${prefix}/bin/${program})
+    execute_process(COMMAND ${prefix}/bin/${program} help RESULT_VARIABLE rc OUTPUT_QUIET ERROR_VARIABLE err)
+    if(rc)
+      message(FATAL_ERROR "installed ${program} does not run: ${err}")
+    endif()
+  endif()
+endforeach()
 file(GLOB pcdir ${prefix}/lib*/pkgconfig ${prefix}/lib/*/pkgconfig)
 set(ENV{PKG_CONFIG_PATH} "${pcdir}")
 execute_process(COMMAND pkg-config --cflags --libs zanpx OUTPUT_VARIABLE flags RESULT_VARIABLE rc
