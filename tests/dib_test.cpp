@@ -10,7 +10,10 @@
 #include "convert/dib_layout.h"
 #include "test_support.h"
 
+using zantest::colour;
+using zantest::gray;
 using zantest::Image;
+using zantest::setModel;
 
 namespace {
 
@@ -33,24 +36,6 @@ struct Dib {
         return bits() + zan::dib::stride(h()->biWidth, h()->biBitCount) * (h()->biHeight > 0 ? rows - 1 - y : y);
     }
 };
-
-void setModel(ZanImage* im, const char* model, const char* seq) {
-    std::memset(im->colorModel, 0, 4);
-    std::memset(im->channelSeq, 0, 4);
-    std::memcpy(im->colorModel, model, std::strlen(model));
-    std::memcpy(im->channelSeq, seq, std::strlen(seq));
-}
-
-Image colour(int w, int h, int nCh = 3, int depth = ZAN_DEPTH_8U, int order = 0) {
-    Image im(nCh, depth, w, h, order, 4, nCh == 4 ? 4 : 0);
-    setModel(im, nCh == 4 ? "RGBA" : "RGB", nCh == 4 ? "BGRA" : "BGR");
-    return im;
-}
-Image gray(int w, int h, int depth = ZAN_DEPTH_8U) {
-    Image im(1, depth, w, h);
-    setModel(im, "GRAY", "G");
-    return im;
-}
 
 // Sample of an 8U image (any order), or the bit of a 1U one.
 int at(const ZanImage* im, int x, int y, int c = 0) {

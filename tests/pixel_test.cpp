@@ -1,5 +1,5 @@
 // zanGetPixel, zanPutPixel: addressing at every depth and layout, origin,
-// tiles, reports, and concurrent use from several threads.
+// tiles, and concurrent use from several threads (report texts: reports_test).
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -76,37 +76,6 @@ TEST_F(PixelTest, PutThenGetAtEveryDepthAndLayoutLandsWhereTheLayoutSays) {
                 EXPECT_EQ(want, Bytes(back.row(0), back.row(0) + back->imageSize));
                 EXPECT_TRUE(log.empty());
             }
-}
-
-TEST_F(PixelTest, ReportsAndLeavesTheBufferAlone) {
-    Image im(2, ZAN_DEPTH_8U, 4, 3);
-    unsigned char buf[2] = {0xAB, 0xCD};
-    zanGetPixel(im, 4, 0, buf);
-    zanGetPixel(im, -1, 0, buf);
-    zanPutPixel(im, 0, 3, buf);
-    zanPutPixel(nullptr, 0, 0, buf);
-    TileServer server;
-    makeTiled(im, server, 8, 8);
-    server.failGets = true;
-    zanGetPixel(im, 1, 1, buf);
-    zanPutPixel(im, 1, 1, buf);
-    struct { ZanStatus status; const char *func, *file, *text; } want[] = {{ZAN_StsBadArg, "zanGetPixel", "zanGetPx", "((x>width-1) || (x<0))"},
-                {ZAN_StsBadArg, "zanGetPixel", "zanGetPx", "((x>width-1) || (x<0))"},
-                {ZAN_StsBadArg, "zanPutPixel", "zanPutPx", "((y>height-1) || (y<0))"},
-                {ZAN_StsHeaderIsNull, "zanPutPixel", "zanPutPx", "Incorrect Image"},
-                {ZAN_StsError, "zanGetPixel", "zanGetPx", "Error get tile to read"},
-                {ZAN_StsError, "zanPutPixel", "zanPutPx", "Error get tile to write"}};
-    ASSERT_EQ(log.reports().size(), 6u);
-    for (size_t i = 0; i < 6; ++i) {
-        const Report& r = log.reports()[i];
-        EXPECT_EQ(r.status, want[i].status) << i;
-        EXPECT_EQ(r.func, want[i].func) << i;
-        EXPECT_EQ(r.file, want[i].file) << i;
-        EXPECT_EQ(r.context, want[i].text) << i;
-    }
-    EXPECT_EQ(buf[0], 0xAB);
-    EXPECT_EQ(buf[1], 0xCD);
-    EXPECT_EQ(server.tiles[0], Bytes(server.tiles[0].size(), 0));
 }
 
 TEST_F(PixelTest, ThreadsAccessTheirOwnImagesConcurrently) {

@@ -8,15 +8,9 @@
 
 using zantest::get;
 using zantest::Image;
+using zantest::setModel;
 
 namespace {
-
-void setModel(ZanImage* im, const char* model, const char* seq) {
-    std::memset(im->colorModel, 0, 4);
-    std::memset(im->channelSeq, 0, 4);
-    std::memcpy(im->colorModel, model, std::strlen(model));
-    std::memcpy(im->channelSeq, seq, std::strlen(seq));
-}
 
 Image make(int nCh, int depth, int w, int h, int order = 0, int origin = ZAN_ORIGIN_TL) {
     Image im(nCh, depth, w, h, order, 4, 0, origin);
@@ -66,51 +60,6 @@ std::vector<int64_t> model(const Image& src, int c, int bits, int levels, const 
 }
 
 class ReduceBits : public zantest::ZanTest {};
-
-TEST_F(ReduceBits, ChecksInOrderWithTheirTexts) {
-    Image g8 = make(1, ZAN_DEPTH_8U, 8, 4), g1 = make(1, ZAN_DEPTH_1U, 8, 4), g16 = make(1, ZAN_DEPTH_16U, 8, 4);
-    Image rgb(3, ZAN_DEPTH_8U, 8, 4), rgb32(3, ZAN_DEPTH_32S, 8, 4), f32 = make(1, ZAN_DEPTH_32F, 8, 4);
-    Image hsv(3, ZAN_DEPTH_8U, 8, 4), out(3, ZAN_DEPTH_8U, 8, 4);
-    setModel(hsv, "HSV", "HSV");
-    hsv.setROI(0, 0, 0, 2, 2);
-    const char* gray = "Error output depth for gray image dithering. Valid depths are :32S=>16U,8U; 16U => 8U,1U; 8U => 1U";
-    struct Case {
-        ZanImage *src, *dst;
-        int jitter, dither, levels;
-        ZanStatus status;
-        const char *text, *file;
-    } cases[] = {
-        {nullptr, g8, 0, 0, 1, ZAN_StsHeaderIsNull, "Incorrect Image", "zancolor"},
-        {g8, g1, 9, 0, 1, ZAN_StsBadArg, "(jitterType<0)||( jitterType >= 9)", nullptr},
-        {g8, g1, -1, 0, 1, ZAN_StsBadArg, "(jitterType<0)||( jitterType >= 9)", nullptr},
-        {g8, g1, 1, 2, 1, ZAN_StsBadArg, "Jittering is incompatible with dithering operation for 1U destination image", nullptr},
-        {g8, g8, 0, 2, 1, ZAN_StsBadArg, gray, nullptr},
-        {f32, g8, 0, 2, 1, ZAN_StsBadArg, "Error depth for gray image dithering. Valid depths are :32S=>16U,8U; 16U => 8U,1U; 8U => 1U", nullptr},
-        {f32, g1, 3, 0, 1, ZAN_StsBadArg, "Error input depth for jittering when to output depth 1U conversion is made. 32S,16U,8U input is valid now", nullptr},
-        {rgb, rgb32, 0, 2, 1, ZAN_StsBadArg, "Error output depth for color dithering. 16U,8U is valid now", nullptr},
-        {g8, g1, 0, 3, 1, ZAN_StsBadArg, "Erroneous dither option", nullptr},
-        {g8, g16, 0, 2, 1, ZAN_StsBadArg, gray, nullptr},
-        {g8, rgb, 0, 0, 1, ZAN_StsBadArg, "(src->nChannels != dst->nChannels)||(src->dataOrder != dst->dataOrder)||(src->origin != dst->origin)", nullptr},
-        {f32, g8, 0, 0, 1, ZAN_StsBadArg, "Error depth for bit reduction. 32S,16U,8U => 16U,8U,1U is valid now", nullptr},
-        // An HSV source is refused once dithering is asked for, before the ROI test.
-        {hsv, out, 0, 2, 4, ZAN_StsBadArg, "colorModel, (channelSeq)  must be RGB,(RGB,BGR) or GRAY,(G) when dithering mode is set on", nullptr},
-        {hsv, out, 0, 1, 4, ZAN_StsBadArg, "src & dst roi must be NULL", nullptr},
-    };
-    for (const Case& k : cases) {
-        log.clear();
-        zanSetErrStatus(0);
-        zanReduceBits(k.src, k.dst, k.jitter, k.dither, k.levels);
-        ASSERT_EQ(log.reports().size(), 1u) << k.text;
-        EXPECT_EQ(log.last().status, k.status);
-        EXPECT_EQ(log.last().context, k.text);
-        EXPECT_EQ(log.last().func, "zanReduceBits");
-        if (k.file) { EXPECT_EQ(log.last().file, k.file); }
-    }
-    zanSetErrStatus(0);
-    log.clear();
-    zanReduceBits(g8, g1, 8, 0, 1);
-    EXPECT_TRUE(log.empty());
-}
 
 // Plain rounding (saturation at the top, negative 32S sources) and every
 // diffusion kernel, against the model on random images.
