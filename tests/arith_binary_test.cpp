@@ -32,16 +32,29 @@ TEST_F(BinaryArith, SaturatesAtTheExactEdge) {
     EXPECT_TRUE(log.empty());
 }
 
-// Bi-level subtraction does not compare data orders.
-TEST_F(BinaryArith, BiLevelSubtraction) {
+// Bi-level subtraction does not compare data orders, nor does subtraction of a
+// constant; bi-level constants: 1 - s is the complement, s + 2 a copy.
+TEST_F(BinaryArith, DataOrdersAndBiLevelForms) {
     Image p(1, ZAN_DEPTH_1U, 8, 1, ZAN_DATA_ORDER_PLANE), q(1, ZAN_DEPTH_1U, 8, 1), d(1, ZAN_DEPTH_1U, 8, 1);
     p.row(0)[0] = 0xF0;
     q.row(0)[0] = 0x3C;
     zanSubtract(p, q, d);
-    EXPECT_TRUE(log.empty());
     EXPECT_EQ(d.row(0)[0], 0xC0);
+    zanSubtractS(q, d, 3, 1);
+    EXPECT_EQ(d.row(0)[0], 0xC3);
+    zanAddS(q, d, 2);
+    EXPECT_EQ(d.row(0)[0], 0x3C);
+    std::mt19937 rng(5);
+    Image px(3, ZAN_DEPTH_8U, 7, 2), pl(3, ZAN_DEPTH_8U, 7, 2, ZAN_DATA_ORDER_PLANE);
+    randomize(px, rng);
+    zanSubtractS(px, pl, 9, 1);
+    for (int c = 0; c < 3; ++c)
+        for (int x = 0; x < 7; ++x) ASSERT_EQ(get(pl, x, 1, c), clampTo(ZAN_DEPTH_8U, 9 - get(px, x, 1, c)));
+    EXPECT_TRUE(log.empty());
 }
 
+// Masks that leave nothing end silently, and a status left by an earlier call
+// does not stop the next one.
 TEST_F(BinaryArith, EmptyMasksAndEarlierFailures) {
     Image a(1, ZAN_DEPTH_8U, 16, 2), b(1, ZAN_DEPTH_8U, 16, 2), d(1, ZAN_DEPTH_8U, 16, 2), m(1, ZAN_DEPTH_1U, 16, 2);
     std::memset(a->imageData, 5, size_t(a->imageSize));

@@ -1,8 +1,10 @@
 // Random images through the point-operation frame, checked against the
-// pixel-by-pixel model: every two-source, bitwise, image-constant and one-source operation
+// pixel-by-pixel model: every two-source, bitwise, image-constant (the constants'
+// edges first), shift and one-source operation
 // through ROIs (clipped), COI, alpha, plane order, masks on any image, sizes
 // that differ, in-place use, the whole-buffer path and tiles.
 #include <cmath>
+#include <iterator>
 #include <memory>
 #include <thread>
 
@@ -29,9 +31,9 @@ double fromBits(int depth, uint64_t r) {
 }
 uint64_t toBits(int depth, double v) { return uint64_t(int64_t(v)) & depthMask(depth); }
 
-// Depths an operation takes: all, all but 32F (bitwise), or the integer ones
-// (image-constant arithmetic, whose 1U and 32F forms are handed elsewhere).
-enum Depths { kAll, kNoFloat, kIntegers };
+// Depths an operation takes: all, all but 32F (bitwise), the integer ones
+// (image-constant arithmetic, whose 1U and 32F forms are handed elsewhere), or 32F.
+enum Depths { kAll, kNoFloat, kIntegers, kFloat };
 
 struct PointOp {
     const char* name;
@@ -40,6 +42,7 @@ struct PointOp {
     std::function<void(ZanImage*, ZanImage*, ZanImage*, unsigned)> run;
     std::function<double(int depth, const double* v, unsigned value)> model;
     bool takes(int depth) const {
+        if (depths == kFloat) return depth == ZAN_DEPTH_32F;
         return depths == kAll || (depth != ZAN_DEPTH_32F && (depths == kNoFloat || depth != ZAN_DEPTH_1U));
     }
 };
@@ -47,8 +50,26 @@ struct PointOp {
 #define BINARY(f) [](ZanImage* a, ZanImage* b, ZanImage* d, unsigned) { f(a, b, d); }
 #define WITH_CONST(call) [](ZanImage* a, ZanImage*, ZanImage* d, unsigned v) { call; }
 
-// A small signed constant, so that results both saturate and do not.
-int smallConst(unsigned value) { return int(value % 601) - 300; }
+// The constant of an image-constant call: the first draws walk the edges where
+// saturation and the hand-overs turn, the others are small, so that results
+// both saturate and do not.
+const int kEdges[] = {-70000, -65535, -300, -255, -1, 0, 1, 7, 254, 255, 256, 509, 510, 40000, 65535, 100000, 131070};
+int constOf(unsigned value) {
+    return value >> 16 < std::size(kEdges) ? kEdges[value >> 16] : int(value % 601) - 300;
+}
+const unsigned kShifts[] = {1, 3, 7, 8, 15, 17, 31, 33, 40};
+unsigned shiftOf(unsigned value) { return kShifts[value % 9]; }
+const float kFloats[] = {-2.5f, 0.0f, 1e30f};
+float floatOf(unsigned value) { return kFloats[value % 3]; }
+
+// Shifts work on the depth's bits: left shifts wrap, right shifts keep the sign.
+double shifted(int depth, double s, unsigned n, bool left) {
+    const unsigned width = unsigned(depth & 0x7FFFFFFF);
+    const bool sign = depth & ZAN_DEPTH_SIGN;
+    if (!left) return sign ? double(int32_t(s) >> (n & 31)) : n >= width ? 0 : double(uint32_t(s) >> n);
+    if (n >= width) return 0;
+    return fromBits(depth, (uint64_t(int64_t(s)) << n) & depthMask(depth));
+}
 
 std::vector<PointOp> pointOps() {
     auto bitOp = [](auto f) {
@@ -63,7 +84,10 @@ std::vector<PointOp> pointOps() {
         };
     };
     auto arith = [](auto f) {
-        return [f](int depth, const double* v, unsigned value) { return clampTo(depth, f(v, smallConst(value))); };
+        return [f](int depth, const double* v, unsigned value) { return clampTo(depth, f(v, constOf(value))); };
+    };
+    auto floats = [](auto f) {
+        return [f](int, const double* v, unsigned value) { return double(f(float(v[0]), floatOf(value))); };
     };
     return {
         {"add", 2, kAll, BINARY(zanAdd), arith([](const double* v, int) { return v[0] + v[1]; })},
@@ -77,14 +101,27 @@ std::vector<PointOp> pointOps() {
         {"xorS", 1, kNoFloat, WITH_CONST(zanXorS(a, d, v)), constOp([](uint64_t a, uint64_t c) { return a ^ c; })},
         {"not", 1, kNoFloat, WITH_CONST(zanNot(a, d)),
          [](int depth, const double* v, unsigned) { return fromBits(depth, ~toBits(depth, v[0]) & depthMask(depth)); }},
-        {"addS", 1, kIntegers, WITH_CONST(zanAddS(a, d, smallConst(v))),
-         arith([](const double* v, int c) { return v[0] + c; })},
-        {"subtractS", 1, kIntegers, WITH_CONST(zanSubtractS(a, d, smallConst(v), 0)),
+        // Addition below -65535 is handed to subtraction, which takes at most 65535 (but for 32S).
+        {"addS", 1, kIntegers, WITH_CONST(zanAddS(a, d, constOf(v))),
+         [](int depth, const double* v, unsigned value) {
+             int c = constOf(value);
+             return clampTo(depth, v[0] + (depth != ZAN_DEPTH_32S && c < -65535 ? -65535 : c));
+         }},
+        {"subtractS", 1, kIntegers, WITH_CONST(zanSubtractS(a, d, constOf(v), 0)),
          arith([](const double* v, int c) { return v[0] - c; })},
-        {"reverse subtractS", 1, kIntegers, WITH_CONST(zanSubtractS(a, d, smallConst(v), 1)),
+        {"reverse subtractS", 1, kIntegers, WITH_CONST(zanSubtractS(a, d, constOf(v), 1)),
          arith([](const double* v, int c) { return c - v[0]; })},
-        {"multiplyS", 1, kIntegers, WITH_CONST(zanMultiplyS(a, d, smallConst(v))),
+        {"multiplyS", 1, kIntegers, WITH_CONST(zanMultiplyS(a, d, constOf(v))),
          arith([](const double* v, int c) { return v[0] * c; })},
+        {"lshiftS", 1, kIntegers, WITH_CONST(zanLShiftS(a, d, shiftOf(v))),
+         [](int depth, const double* v, unsigned value) { return shifted(depth, v[0], shiftOf(value), true); }},
+        {"rshiftS", 1, kIntegers, WITH_CONST(zanRShiftS(a, d, shiftOf(v))),
+         [](int depth, const double* v, unsigned value) { return shifted(depth, v[0], shiftOf(value), false); }},
+        {"addSFP", 1, kFloat, WITH_CONST(zanAddSFP(a, d, floatOf(v))), floats([](float s, float c) { return s + c; })},
+        {"reverse subtractSFP", 1, kFloat, WITH_CONST(zanSubtractSFP(a, d, floatOf(v), 1)),
+         floats([](float s, float c) { return c - s; })},
+        {"multiplySFP", 1, kFloat, WITH_CONST(zanMultiplySFP(a, d, floatOf(v))),
+         floats([](float s, float c) { return s * c; })},
         {"abs", 1, kAll, WITH_CONST(zanAbs(a, d)), arith([](const double* v, int) { return std::fabs(v[0]); })},
         {"square", 1, kAll, WITH_CONST(zanSquare(a, d)), arith([](const double* v, int) { return v[0] * v[0]; })},
     };
@@ -154,7 +191,7 @@ TEST_F(FrameRandom, MatchesModelForEveryOperationAndDepth) {
             if (!op.takes(depth)) continue;
             for (int iter = 0; iter < 60; ++iter) {
                 Scene s = makeScene(rng, depth, op.sources);
-                unsigned value = unsigned(rng());
+                unsigned value = iter < 17 ? unsigned(iter) << 16 : unsigned(rng());
                 std::vector<const ZanImage*> srcs;
                 for (int i = 0; i < op.sources; ++i) srcs.push_back(s.src(i));
                 auto want = modelResult(srcs, s.dst(), [&](const double* v) { return op.model(depth, v, value); });
