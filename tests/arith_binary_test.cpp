@@ -1,5 +1,5 @@
-// zanAdd, zanSubtract, zanMultiply: saturation edges the random scenes seldom
-// meet, bi-level subtraction, empty masks and tiles (report texts: reports_test).
+// zanAdd, zanSubtract, zanMultiply (and a float square): saturation edges the
+// random scenes seldom meet, bi-level subtraction, empty masks and tiles (report texts: reports_test).
 #include <cmath>
 
 #include "point_model.h"
@@ -29,6 +29,10 @@ TEST_F(BinaryArith, SaturatesAtTheExactEdge) {
         c.fn(a, b, d);
         EXPECT_EQ(get(d, 0, 0), c.want) << c.a << " " << c.b;
     }
+    Image big(1, ZAN_DEPTH_32F, 1, 1);
+    put(big, 0, 0, 0, 1e30);
+    zanSquare(big, big);
+    EXPECT_TRUE(std::isinf(get(big, 0, 0)));
     EXPECT_TRUE(log.empty());
 }
 

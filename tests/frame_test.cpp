@@ -242,7 +242,8 @@ TEST_F(FrameRandom, TiledImagesGiveTheUntiledResult) {
 }
 
 // The frame keeps its row buffers and temporary masks per call: threads
-// running masked operations at once each get their own result.
+// running masked operations at once each get their own result, and their
+// pixel access to differently shaped images stays with their own images.
 TEST_F(FrameRandom, ConcurrentCallsAreIndependent) {
     const int kThreads = 4;
     std::vector<int> bad(kThreads, 0);
@@ -256,6 +257,14 @@ TEST_F(FrameRandom, ConcurrentCallsAreIndependent) {
                                         [](const double* v) { return clampTo(ZAN_DEPTH_8U, v[0] + v[1]); });
                 zanAdd(s.src(0), s.src(1), s.dst());
                 if (!samePixels(s.dst(), want.data())) ++bad[size_t(t)];
+                ZanImage* d = s.dst();
+                for (int i = 0; i < 50; ++i) {
+                    int x = pick(rng, 0, d->width - 1), y = pick(rng, 0, d->height - 1);
+                    unsigned char put[4] = {uint8_t(rng()), uint8_t(rng()), uint8_t(rng()), uint8_t(rng())}, got[4] = {};
+                    zanPutPixel(d, x, y, put);
+                    zanGetPixel(d, x, y, got);
+                    bad[size_t(t)] += std::memcmp(put, got, size_t(d->nChannels)) != 0;
+                }
                 clearMasks(s);
             }
         });

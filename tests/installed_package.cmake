@@ -1,6 +1,6 @@
 # Installs the build into a scratch prefix, runs the installed programs, then
-# compiles and runs a C program that includes only <zanpx.h> and links through
-# pkg-config.
+# compiles and runs a C program (PROGRAM) that includes only <zanpx.h>, as C99
+# with warnings as errors, linked through pkg-config.
 set(prefix ${BUILD_DIR}/install-test)
 file(REMOVE_RECURSE ${prefix})
 execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix}
@@ -25,8 +25,8 @@ if(rc)
   message(FATAL_ERROR "pkg-config does not know zanpx")
 endif()
 separate_arguments(flags UNIX_COMMAND "${flags}")
-set(exe ${prefix}/c_smoke)
-execute_process(COMMAND ${CC} -std=c99 -Wall -Werror ${EXTRA} ${SOURCE_DIR}/c_smoke.c ${flags} -o ${exe}
+set(exe ${prefix}/from_package)
+execute_process(COMMAND ${CC} -std=c99 -Wall -Werror ${EXTRA} ${PROGRAM} ${flags} -o ${exe}
                 RESULT_VARIABLE rc)
 if(rc)
   message(FATAL_ERROR "compiling against the installed package failed")

@@ -1,10 +1,9 @@
-// zanGetPixel, zanPutPixel: addressing at every depth and layout, origin,
-// tiles, and concurrent use from several threads (report texts: reports_test).
+// zanGetPixel, zanPutPixel: addressing at every depth and layout, origin and
+// tiles (threads: frame_test; report texts: reports_test).
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <random>
-#include <thread>
 #include <vector>
 
 #include "test_support.h"
@@ -76,34 +75,4 @@ TEST_F(PixelTest, PutThenGetAtEveryDepthAndLayoutLandsWhereTheLayoutSays) {
                 EXPECT_EQ(want, Bytes(back.row(0), back.row(0) + back->imageSize));
                 EXPECT_TRUE(log.empty());
             }
-}
-
-TEST_F(PixelTest, ThreadsAccessTheirOwnImagesConcurrently) {
-    // Differently shaped images per thread: shared geometry would mix them up.
-    std::vector<int> errors(4, 0);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t)
-        threads.emplace_back([t, &errors] {
-            zanSetErrMode(ZAN_ErrModeSilent);  // a failure is counted, not shown
-            int w = 17 + 13 * t, h = 9 + 5 * t, nch = 1 + t % 3;
-            Image im(nch, t % 2 ? ZAN_DEPTH_16U : ZAN_DEPTH_8U, w, h, t % 2, 4, 0, t / 2);
-            TileServer server;
-            if (t == 3) makeTiled(im, server, 8, 16);
-            std::mt19937 rng{static_cast<unsigned>(t)};
-            std::vector<Bytes> model(size_t(w) * h, Bytes(size_t(nch * valueBytes(im->depth)), 0));
-            for (int i = 0; i < 20000; ++i) {
-                int x = int(rng() % unsigned(w)), y = int(rng() % unsigned(h));
-                Bytes& m = model[size_t(y) * w + x];
-                if (rng() % 2) {
-                    m = randomPixel(im, rng);
-                    zanPutPixel(im, x, y, m.data());
-                } else {
-                    Bytes got(m.size());
-                    zanGetPixel(im, x, y, got.data());
-                    errors[size_t(t)] += got != m || zanGetErrStatus() != 0;
-                }
-            }
-        });
-    for (auto& th : threads) th.join();
-    for (int t = 0; t < 4; ++t) EXPECT_EQ(errors[size_t(t)], 0) << "thread " << t;
 }

@@ -1,6 +1,5 @@
-// Absolute value, square, scaled products, norms and the sample range: the
-// saturating edges and random images against a model through COI, alpha and
-// masks (refusals: reports_test).
+// Scaled products, norms and the sample range: random images against a model
+// through COI, alpha and masks (abs and square: frame_test; refusals: reports_test).
 #include <cmath>
 #include <utility>
 
@@ -22,24 +21,6 @@ void expectSamples(const Image& dst, const Image& src, Model model) {
 }
 
 }  // namespace
-
-// Random images through abs and square are the frame tests' business; the
-// negative extremes have no positive twin and seldom turn up at random.
-TEST_F(Unary, AbsAndSquareEdges) {
-    for (int depth : {ZAN_DEPTH_8S, ZAN_DEPTH_16S, ZAN_DEPTH_32S}) {
-        Image s(1, depth, 1, 1), d(1, depth, 1, 1);
-        put(s, 0, 0, 0, clampTo(depth, -1e10));
-        zanAbs(s, d);
-        EXPECT_EQ(get(d, 0, 0), clampTo(depth, 1e10)) << depth;
-        zanSquare(s, d);
-        EXPECT_EQ(get(d, 0, 0), clampTo(depth, 1e10)) << depth;
-    }
-    Image big(1, ZAN_DEPTH_32F, 1, 1), bigd(1, ZAN_DEPTH_32F, 1, 1);
-    put(big, 0, 0, 0, 1e30);
-    zanSquare(big, bigd);  // no clamp
-    EXPECT_TRUE(std::isinf(get(bigd, 0, 0)));
-    EXPECT_TRUE(log.empty());
-}
 
 TEST_F(Unary, ScaledProductsRoundToNearest) {
     std::mt19937 rng(43);
