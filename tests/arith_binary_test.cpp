@@ -1,5 +1,6 @@
 // zanAdd, zanSubtract, zanMultiply (and a float square): saturation edges the
-// random scenes seldom meet, bi-level subtraction, empty masks and tiles (report texts: reports_test).
+// random scenes seldom meet, bi-level subtraction, empty masks (logic too) and
+// tiles (report texts: reports_test).
 #include <cmath>
 
 #include "point_model.h"
@@ -102,6 +103,19 @@ TEST_F(BinaryArith, TileProtocolAndFailures) {
         EXPECT_EQ(log.last().status, ZAN_StsBadArg);
         EXPECT_EQ(log.last().context, f.context);
     }
+}
+
+// Masks with nothing in common end the call before the depth is looked at.
+TEST_F(BinaryArith, LogicRefusesFloatOnlyAfterTheMask) {
+    Image a(1, ZAN_DEPTH_32F, 8, 1), b(1, ZAN_DEPTH_32F, 8, 1), d(1, ZAN_DEPTH_32F, 8, 1);
+    Image m1(1, ZAN_DEPTH_1U, 8, 1), m2(1, ZAN_DEPTH_1U, 8, 1);
+    m1.setROI(0, 8, 0, 8, 1);
+    a->maskROI = m1;
+    d->maskROI = m2;
+    zanAnd(a, b, d);
+    zanOrS(a, d, 1);
+    EXPECT_TRUE(log.empty());
+    a->maskROI = d->maskROI = nullptr;
 }
 
 }  // namespace

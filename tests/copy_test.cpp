@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "core/move_rows.h"
-#include "test_support.h"
+#include "point_model.h"
 
 using namespace zantest;
 
@@ -23,39 +23,27 @@ Bytes pixels(const ZanImage* im) {
     return Bytes(p, p + im->imageSize);
 }
 
-void randomize(ZanImage* im, std::mt19937& rng) {
+// Raw random bytes: float samples include every bit pattern.
+void randomBytes(ZanImage* im, std::mt19937& rng) {
     for (int i = 0; i < im->imageSize; ++i) im->imageData[i] = static_cast<char>(rng());
 }
 
-// ---- the model: one sample at a time, addressed straight from the header ----
+// ---- the model: one sample's raw bits at a time, addressed through the header ----
 
-size_t offset(const ZanImage& im, int x, int y, int c) {
-    size_t bytes = size_t(im.depth & 0x7FFFFFFF) / 8, row = size_t(y) * im.widthStep;
-    if (im.dataOrder == ZAN_DATA_ORDER_PLANE) return row + size_t(c) * im.widthStep * im.height + x * bytes;
-    return row + (size_t(x) * im.nChannels + c) * bytes;
-}
-
+// The sample's bits in `data`, a buffer laid out like `im`.
 uint32_t getSample(const ZanImage& im, Bytes& data, int x, int y, int c) {
-    if (im.depth == ZAN_DEPTH_1U) return (data[size_t(y) * im.widthStep + x / 8] >> (7 - x % 8)) & 1;
-    uint32_t v = 0;
-    std::memcpy(&v, &data[offset(im, x, y, c)], size_t(im.depth & 0x7FFFFFFF) / 8);
+    ZanImage over = im;
+    over.imageData = reinterpret_cast<char*>(data.data());
+    uint32_t v = im.depth == ZAN_DEPTH_1U ? uint32_t(get(&over, x, y)) : 0;
+    if (im.depth != ZAN_DEPTH_1U) std::memcpy(&v, sampleAddr(&over, x, y, c), size_t(sampleBytes(&over)));
     return v;
 }
 
 void setSample(const ZanImage& im, Bytes& data, int x, int y, int c, uint32_t v) {
-    if (im.depth != ZAN_DEPTH_1U) return void(std::memcpy(&data[offset(im, x, y, c)], &v, size_t(im.depth & 0x7FFFFFFF) / 8));
-    unsigned char& b = data[size_t(y) * im.widthStep + x / 8];
-    b = static_cast<unsigned char>((b & ~(0x80 >> x % 8)) | (v & 1) << (7 - x % 8));
-}
-
-struct Box {
-    int x, y, w, h;
-};
-Box clipped(const ZanImage& im) {
-    Box b{0, 0, im.width, im.height};
-    if (im.roi) b = {im.roi->xOffset, im.roi->yOffset, im.roi->width, im.roi->height};
-    if (b.x >= im.width || b.y >= im.height) return {0, 0, 0, 0};
-    return {b.x, b.y, std::min(b.w, im.width - b.x), std::min(b.h, im.height - b.y)};
+    ZanImage over = im;
+    over.imageData = reinterpret_cast<char*>(data.data());
+    if (im.depth == ZAN_DEPTH_1U) return put(&over, x, y, 0, v & 1);
+    std::memcpy(sampleAddr(&over, x, y, c), &v, size_t(sampleBytes(&over)));
 }
 
 // Expected pixels of `first` and `second` after a copy (first into second),
@@ -69,20 +57,16 @@ void model(Move move, const ZanImage* first, Bytes& a, const ZanImage* second, B
     std::vector<const ZanImage*> masks;
     for (const ZanImage* im : {first, second})
         if (im && im->maskROI && (masks.empty() || masks[0] != im->maskROI)) masks.push_back(im->maskROI);
-    Box rd = clipped(*dst), rs = clipped(*src);
+    ModelRect rd = modelRect(dst), rs = modelRect(src);
     int w = std::min(rd.w, rs.w), h = std::min(rd.h, rs.h);
-    for (const ZanImage* m : masks) w = std::min(w, clipped(*m).w), h = std::min(h, clipped(*m).h);
+    for (const ZanImage* m : masks) w = std::min(w, modelRect(m).w), h = std::min(h, modelRect(m).h);
     int coiD = dst->roi ? dst->roi->coi : 0, coiS = src->roi ? src->roi->coi : 0;
     bool coi = coiD || coiS;
     int n = coi ? 1 : std::min(dst->nChannels, src->nChannels);
     for (int y = 0; y < h; ++y)
         for (int x = 0; x < w; ++x) {
             bool on = true;
-            for (const ZanImage* m : masks) {
-                Box mb = clipped(*m);
-                auto* row = reinterpret_cast<unsigned char*>(m->imageData) + size_t(mb.y + y) * m->widthStep;
-                on = on && ((row[(mb.x + x) / 8] >> (7 - (mb.x + x) % 8)) & 1);
-            }
+            for (const ZanImage* m : masks) on = on && get(m, modelRect(m).x + x, modelRect(m).y + y) != 0;
             for (int c = 0; on && c < n; ++c) {
                 int cd = coi ? std::max(coiD - 1, 0) : c, cs = coi ? std::max(coiS - 1, 0) : c;
                 uint32_t vd = getSample(*dst, dd, rd.x + x, rd.y + y, cd);
@@ -115,14 +99,14 @@ struct Subject {
         int w = pick(1, 40), h = pick(1, 30);
         Image made(nChannels, depth, w, h, order, 4 << pick(0, 3));
         std::swap(image.im, made.im);
-        randomize(image, rng);
+        randomBytes(image, rng);
         if (pick(0, 2)) {
             int coi = pick(0, 3) ? 0 : pick(1, nChannels), x = pick(0, w + 1), y = pick(0, h);
             image.setROI(coi, x, y, pick(1, 40), pick(1, 30));
         }
         if (pick(0, 2) == 0) {
             mask = std::make_unique<Image>(1, ZAN_DEPTH_1U, pick(5, 45), pick(5, 35));
-            randomize(*mask, rng);
+            randomBytes(*mask, rng);
             if (pick(0, 1)) mask->setROI(0, pick(0, 9), pick(0, 4), pick(1, 40), pick(1, 30));
             image->maskROI = *mask;
         }

@@ -159,7 +159,15 @@ TEST_F(Reports, CompositingComparisonsReductionRecords) {
     Image bl(3, ZAN_DEPTH_8U, 8, 8, 0, 4, 0, ZAN_ORIGIN_BL), x3(3, ZAN_DEPTH_8U, 8, 8, 0, 4, 3), f = gray(8, 8, 32);
     Image f3 = colour(8, 8, 3, ZAN_DEPTH_32F), g1 = gray(8, 4, ZAN_DEPTH_1U), g16 = gray(8, 4, ZAN_DEPTH_16U);
     Image rgb32 = colour(8, 4, 3, ZAN_DEPTH_32S), hsv = colour(8, 4), out = colour(8, 4), g8 = gray(8, 4);
-    Image rgb = colour(8, 4);
+    Image rgb = colour(8, 4), tiledA = colour(8, 8, 4);
+    TileServer server;
+    makeTiled(tiledA, server, 8, 8);
+    server.failGets = true;
+    // 16-bit samples one byte off a sample boundary.
+    Image wide(4, ZAN_DEPTH_16U, 8, 8, 0, 4, 4);
+    std::vector<char> block(size_t(wide->imageSize) + 1, 9);
+    ZanImage odd = *wide.im;
+    odd.imageData = block.data() + 1;
     setModel(hsv, "HSV", "HSV");
     hsv.setROI(0, 0, 0, 2, 2);
     std::memset(d->imageData, 77, size_t(d->imageSize));
@@ -200,6 +208,8 @@ TEST_F(Reports, CompositingComparisonsReductionRecords) {
          "compositeType != 4 && compositeType != 5", [&] { composite(a, b, d, 6, 2); }},
         {kAC, bad, "premulAlpha != 0 && premulAlpha != 1", [&] { composite(a, b, d, 5, 2); }},
         {kAC, bad, "divideMode != 0 && divideMode != 1", [&] { composite(a, b, d, 0, 1, -1); }},
+        {kAC, ZAN_StsBadDataPtr, "Incorrect Image", [&] { composite(&odd, &odd, &odd, 4, 1); }},
+        {kAC, ZAN_StsError, "ERROR in Tiling callBack", [&] { composite(tiledA, b, d, 4, 1); }},
         {"zanAlphaCompositeC", bad, "srcImageB->alphaChannel < 1", [&] { zanAlphaCompositeC(a, x, d, 9, 0, -1, 0, 0); }},
         {"zanPreMultiplyAlpha", bad, "image==0", [&] { zanPreMultiplyAlpha(nullptr, 0); }, "zanalpha"},
         {"zanPreMultiplyAlpha", bad, "image->depth != 8 && image->depth != 16", [&] { zanPreMultiplyAlpha(s8, 0); }},
@@ -266,6 +276,7 @@ TEST_F(Reports, CompositingComparisonsReductionRecords) {
     log.clear();
     zanSetErrStatus(0);
     for (int i = 0; i < d->imageSize; ++i) ASSERT_EQ(static_cast<unsigned char>(d->imageData[i]), 77) << i;
+    EXPECT_EQ(block, std::vector<char>(block.size(), 9));
     x->roi = &coi2;  // a channel of interest pairs with a one-channel image
     EXPECT_EQ(zanLess(x, gray8, res), 0);
     x->roi = nullptr;
