@@ -41,6 +41,8 @@ struct PointOp {
     Depths depths;
     std::function<void(ZanImage*, ZanImage*, ZanImage*, unsigned)> run;
     std::function<double(int depth, const double* v, unsigned value)> model;
+    bool copies = false;  // the alpha channel moves too; the images share the fewest channels
+    bool swaps = false;   // the source receives the destination's samples as well
     bool takes(int depth) const {
         if (depths == kFloat) return depth == ZAN_DEPTH_32F;
         return depths == kAll || (depth != ZAN_DEPTH_32F && (depths == kNoFloat || depth != ZAN_DEPTH_1U));
@@ -89,7 +91,20 @@ std::vector<PointOp> pointOps() {
     auto floats = [](auto f) {
         return [f](int, const double* v, unsigned value) { return double(f(float(v[0]), floatOf(value))); };
     };
+    // The fill of zanSet (zanSetFP for 32F): clamped to the depth.
+    auto fillOf = [](int depth, unsigned value) {
+        return depth == ZAN_DEPTH_32F ? double(int(value % 8001) - 4000) / 8 : clampTo(depth, constOf(value));
+    };
+    auto same = [](int, const double* v, unsigned) { return v[0]; };
     return {
+        {"copy", 1, kAll, WITH_CONST(zanCopy(a, d)), same, true},
+        {"exchange", 1, kAll, WITH_CONST(zanExchange(a, d)), same, true, true},
+        {"set", 0, kAll,
+         [fillOf](ZanImage*, ZanImage*, ZanImage* d, unsigned v) {
+             if (d->depth == ZAN_DEPTH_32F) zanSetFP(d, float(fillOf(ZAN_DEPTH_32F, v)));
+             else zanSet(d, constOf(v));
+         },
+         [fillOf](int depth, const double*, unsigned value) { return fillOf(depth, value); }, true},
         {"add", 2, kAll, BINARY(zanAdd), arith([](const double* v, int) { return v[0] + v[1]; })},
         {"subtract", 2, kAll, BINARY(zanSubtract), arith([](const double* v, int) { return v[0] - v[1]; })},
         {"multiply", 2, kAll, BINARY(zanMultiply), arith([](const double* v, int) { return v[0] * v[1]; })},
@@ -188,7 +203,10 @@ TEST_F(FrameRandom, MatchesModelForEveryOperationAndDepth) {
                 unsigned value = iter < 17 ? unsigned(iter) << 16 : unsigned(rng());
                 std::vector<const ZanImage*> srcs;
                 for (int i = 0; i < op.sources; ++i) srcs.push_back(s.src(i));
-                auto want = modelResult(srcs, s.dst(), [&](const double* v) { return op.model(depth, v, value); });
+                auto f = [&](const double* v) { return op.model(depth, v, value); };
+                auto want = modelResult(srcs, s.dst(), f, op.copies);
+                std::vector<unsigned char> wantSrc;
+                if (op.swaps) wantSrc = modelResult({s.dst()}, s.src(0), f, true);
                 const bool tiled = iter % 4 == 3;
                 const size_t di = s.inPlace ? 0 : s.images.size() - 1;
                 std::vector<TileServer> servers(s.images.size());
@@ -204,6 +222,13 @@ TEST_F(FrameRandom, MatchesModelForEveryOperationAndDepth) {
                 if (tiled) untile(*s.images[di], servers[di], out);
                 ASSERT_TRUE(samePixels(tiled ? out.im : d, want.data()))
                     << op.name << " depth " << depth << " iter " << iter << (s.inPlace ? " in place" : "");
+                ASSERT_EQ(d->depth, depth);  // zanSetFP puts it back
+                if (op.swaps && !s.inPlace) {
+                    ZanImage* a = s.src(0);
+                    Image in(a->nChannels, depth, a->width, a->height, a->dataOrder, a->align, a->alphaChannel);
+                    if (a->tileInfo) untile(*s.images[0], servers[0], in);
+                    ASSERT_TRUE(samePixels(a->tileInfo ? in.im : a, wantSrc.data())) << op.name << " iter " << iter;
+                }
                 clearMasks(s);
             }
         }
