@@ -66,7 +66,6 @@ TEST(CliUsage, ArgumentsAreHeldToTheUsage) {
     EXPECT_TRUE(p.flag("--center"));
     EXPECT_EQ(p.option("--other", "none"), "none");
     EXPECT_EQ(zanpx::parseInt("v", "-0x10"), -16);
-    EXPECT_THROW(zanpx::parseInt("v", "1e3"), zanpx::UsageError);
     EXPECT_THROW(zanpx::parseFloat("v", "nan"), zanpx::UsageError);
 }
 

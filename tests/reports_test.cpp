@@ -234,6 +234,7 @@ TEST_F(Reports, CompositingComparisonsReductionRecords) {
         {"zanEqualFPEps", bad, "(eps<=0.)", [&] { EXPECT_EQ(zanEqualFPEps(f3, f3, res, -1.0f), bad); }},
         {"zanLess", ZAN_StsBadNumChannels, "bad channel's number", [&] { EXPECT_EQ(zanLess(x, gray8, res), -15); }},
         {"zanLess", ZAN_StsBadAlphaChannel, "bad alpha channel's number", [&] { EXPECT_EQ(zanLess(x, x3, res), -18); }},
+        {"zanGreaterS", ZAN_StsError, "Error get tile to read", [&] { EXPECT_EQ(zanGreaterS(tiledA, 128, res), -2); }},
         // Bit reduction, its checks in order.
         {"zanReduceBits", ZAN_StsHeaderIsNull, "Incorrect Image", [&] { zanReduceBits(nullptr, g8, 0, 0, 1); }, "zancolor"},
         {"zanReduceBits", bad, "(jitterType<0)||( jitterType >= 9)", [&] { zanReduceBits(g8, g1, 9, 0, 1); }},

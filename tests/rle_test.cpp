@@ -23,8 +23,7 @@ protected:
         *hd = ZanBitmapInfoHeader{40, w, h, 1, uint16_t(bpp), uint32_t(bpp == 8 ? 1 : 2), uint32_t(stream.size()), 0, 0, 0, 0};
         for (uint32_t i = 0; i < (1u << bpp); ++i) block[10 + i] = i * 0x010101u;
         std::memcpy(&block[10 + (size_t(1) << bpp)], stream.data(), stream.size());
-        zantest::Image im(1, ZAN_DEPTH_8U, std::max(w, 1), std::max(std::abs(h), 1));
-        std::memcpy(im->channelSeq, "G\0\0\0", 4);
+        zantest::Image im = zantest::gray(std::max(w, 1), std::max(std::abs(h), 1));
         log.clear();
         zanSetErrStatus(ZAN_StsOk);
         zanConvertFromDIB(hd, im);
