@@ -26,6 +26,7 @@ if(rc)
 endif()
 separate_arguments(flags UNIX_COMMAND "${flags}")
 set(exe ${prefix}/from_package)
+string(REPLACE "|" ";" EXTRA "${EXTRA}")
 execute_process(COMMAND ${CC} -std=c99 -Wall -Werror ${EXTRA} ${PROGRAM} ${flags} -o ${exe}
                 RESULT_VARIABLE rc)
 if(rc)

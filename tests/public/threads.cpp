@@ -9,6 +9,10 @@
 
 #include "zanpx.h"
 
+// Hosts built for 32-bit Windows lay the header out in 112 bytes: every
+// 32-bit build must agree with them.
+static_assert(sizeof(void*) != 4 || sizeof(ZanImage) == 112, "ZanImage must be 112 bytes on 32-bit targets");
+
 namespace {
 
 constexpr int kThreads = 8;
