@@ -77,7 +77,10 @@ void Gallery::write() const {
             "made of them, with the command that makes it. Every picture was written through the library's "
             "own DIB conversion.</p>\n";
     for (const Entry& e : entries_) {
-        html << "<section><h2><code>" << escape(e.title) << "</code></h2><p>" << escape(e.help) << "</p>";
+        // Rows can be linked to by their result's file name.
+        const std::string id = e.figures.empty() ? "" : fs::path(e.figures.back().file).stem().string();
+        html << "<section" << (id.empty() ? "" : " id=\"" + escape(id) + "\"") << "><h2><code>" << escape(e.title)
+             << "</code></h2><p>" << escape(e.help) << "</p>";
         if (!e.error.empty()) html << "<p class=\"error\">failed: " << escape(e.error) << "</p>";
         html << "<div class=\"figures\">";
         for (const Figure& f : e.figures)
