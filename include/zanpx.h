@@ -9,6 +9,7 @@
 #ifndef ZANPX_H
 #define ZANPX_H
 
+#include <stddef.h> /* NULL, size_t */
 #include <stdint.h>
 
 /* ------------------------------------------------------------------------ */
@@ -258,7 +259,7 @@ ZAN_API unsigned long long ZAN_STDCALL zanGetKorvelCounter(void);
 /* Image header, ROI and tile records                                        */
 /* ------------------------------------------------------------------------ */
 ZAN_API ZanImage* ZAN_STDCALL zanCreateImageHeader(int nChannels, int alphaChannel, int depth,
-    char* colorModel, char* channelSeq, int dataOrder, int origin, int align, int width, int height,
+    const char* colorModel, const char* channelSeq, int dataOrder, int origin, int align, int width, int height,
     ZanROI* roi, ZanImage* maskROI, void* userData, ZanTileInfo* tileInfo);
 ZAN_API void ZAN_STDCALL zanAllocateImage(ZanImage* image, int doFill, int fillValue);
 ZAN_API void ZAN_STDCALL zanAllocateImageFP(ZanImage* image, int doFill, float fillValue);
@@ -284,7 +285,7 @@ ZAN_API void ZAN_STDCALL zanSet(ZanImage* image, int fillValue);
 ZAN_API void ZAN_STDCALL zanSetFP(ZanImage* image, float fillValue);
 ZAN_API void ZAN_STDCALL zanExchange(ZanImage* ImageA, ZanImage* ImageB);
 ZAN_API void ZAN_STDCALL zanGetPixel(ZanImage* image, int x, int y, void* pixel);
-ZAN_API void ZAN_STDCALL zanPutPixel(ZanImage* image, int x, int y, void* pixel);
+ZAN_API void ZAN_STDCALL zanPutPixel(ZanImage* image, int x, int y, const void* pixel);
 
 /* ------------------------------------------------------------------------ */
 /* Arithmetic and logic                                                      */
@@ -346,8 +347,8 @@ ZAN_API ZanStatus ZAN_STDCALL zanEqualSFPEps(ZanImage* img, float value, ZanImag
 /* DIB exchange, bit reduction, test image                                   */
 /* ------------------------------------------------------------------------ */
 ZAN_API ZanImage* ZAN_STDCALL zanTranslateDIB(ZanBitmapInfoHeader* dib, int* cloneData);
-ZAN_API void ZAN_STDCALL zanConvertFromDIB(ZanBitmapInfoHeader* dib, ZanImage* image);
-ZAN_API void ZAN_STDCALL zanConvertFromDIBSep(ZanBitmapInfoHeader* dibHeader, const char* dibData,
+ZAN_API void ZAN_STDCALL zanConvertFromDIB(const ZanBitmapInfoHeader* dib, ZanImage* image);
+ZAN_API void ZAN_STDCALL zanConvertFromDIBSep(const ZanBitmapInfoHeader* dibHeader, const char* dibData,
                                               ZanImage* image);
 ZAN_API void ZAN_STDCALL zanConvertToDIB(ZanImage* image, ZanBitmapInfoHeader* dib, int dither,
                                          int paletteConversion);

@@ -103,8 +103,8 @@ using namespace zan;
 
 extern "C" {
 
-ZAN_API ZanImage* ZAN_STDCALL zanCreateImageHeader(int nChannels, int alphaChannel, int depth, char* colorModel,
-                                                   char* channelSeq, int dataOrder, int origin, int align,
+ZAN_API ZanImage* ZAN_STDCALL zanCreateImageHeader(int nChannels, int alphaChannel, int depth, const char* colorModel,
+                                                   const char* channelSeq, int dataOrder, int origin, int align,
                                                    int width, int height, ZanROI* roi, ZanImage* maskROI,
                                                    void* userData, ZanTileInfo* tileInfo) {
     ZanStatus s = validateLayout(nChannels, alphaChannel, depth, colorModel && channelSeq, dataOrder, origin,
