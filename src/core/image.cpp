@@ -8,6 +8,10 @@
 
 static_assert(sizeof(void*) != 4 || sizeof(ZanImage) == 112, "ZanImage must be 112 bytes on 32-bit targets");
 
+// Hosts built for 32-bit Windows lay the header out in 112 bytes; every
+// 32-bit build must agree with them.
+static_assert(sizeof(void*) != 4 || sizeof(ZanImage) == 112, "ZanImage must be 112 bytes on 32-bit targets");
+
 namespace zan {
 namespace {
 
