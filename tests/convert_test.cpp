@@ -93,7 +93,7 @@ TEST_F(DepthConversion, ConvertSaturatesBetweenEveryPair) {
     for (int from : kIntegerDepths)
         for (int to : kIntegerDepths) {
             SCOPED_TRACE(testing::Message() << from << " -> " << to);
-            expectScenes(from, to, zanConvert, [to](double v) { return clampTo(to, v); }, uint32_t(from + 3 * to));
+            expectScenes(from, to, zanConvert, [to](double v) { return clampTo(to, v); }, uint32_t(from) + 3u * uint32_t(to));
         }
     Image s(1, ZAN_DEPTH_8S, 2, 1), d(1, ZAN_DEPTH_16U, 2, 1), w(1, ZAN_DEPTH_16U, 1, 1), n(1, ZAN_DEPTH_16S, 1, 1);
     put(s, 0, 0, 0, -5);
@@ -113,7 +113,7 @@ TEST_F(DepthConversion, ScaleMapsFullRanges) {
             SCOPED_TRACE(testing::Message() << from << " -> " << to);
             expectScenes(from, to, zanScale, [=](double v) {
                 return mapped(v, lowest(from), highest(from), lowest(to), highest(to));
-            }, uint32_t(7 * from + to));
+            }, 7u * uint32_t(from) + uint32_t(to));
         }
     Image a(1, ZAN_DEPTH_8U, 3, 1), b(1, ZAN_DEPTH_16U, 3, 1), c(1, ZAN_DEPTH_8U, 3, 1), s(1, ZAN_DEPTH_8S, 1, 1);
     const double bytes[] = {0, 1, 255}, words[] = {0, 257, 65535};

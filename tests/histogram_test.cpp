@@ -78,7 +78,7 @@ TEST_F(Histograms, ThresholdChecksAndLevels) {
             SCOPED_TRACE(testing::Message() << from << " -> " << to);
             expectScenes(from, to, [t](ZanImage* s, ZanImage* d) { zanThreshold(s, d, t); },
                          [=](double v) { return v >= t ? clampTo(to, 1e12) : clampTo(to, -1e12); },
-                         uint32_t(from + to), to == ZAN_DEPTH_1U ? 1 : 0);
+                         uint32_t(from) + uint32_t(to), to == ZAN_DEPTH_1U ? 1 : 0);
         }
 }
 
