@@ -30,15 +30,17 @@ inline void setNames(ZanImage* im, const char* model, const char* seq) {
     std::memcpy(im->channelSeq, seq, std::strlen(seq));
 }
 
-// One random scene: channels, data order, and what the frame must handle.
+// One random scene: channels, data order, width, and what the frame must
+// handle. A width of 20 leaves 8U rows unpadded, so they run as one.
 struct Scene {
-    int channels, order;
+    int channels, order, width;
     bool roi, coi, mask, tiled;
 };
 inline const Scene kScenes[] = {
-    {3, ZAN_DATA_ORDER_PIXEL, false, false, false, false}, {3, ZAN_DATA_ORDER_PLANE, true, false, false, false},
-    {3, ZAN_DATA_ORDER_PIXEL, true, true, false, false},   {1, ZAN_DATA_ORDER_PIXEL, true, false, true, false},
-    {3, ZAN_DATA_ORDER_PLANE, false, false, true, true},   {1, ZAN_DATA_ORDER_PIXEL, false, false, false, true},
+    {3, ZAN_DATA_ORDER_PIXEL, 21, false, false, false, false}, {3, ZAN_DATA_ORDER_PLANE, 21, true, false, false, false},
+    {3, ZAN_DATA_ORDER_PIXEL, 21, true, true, false, false},   {1, ZAN_DATA_ORDER_PIXEL, 21, true, false, true, false},
+    {3, ZAN_DATA_ORDER_PLANE, 21, false, false, true, true},   {1, ZAN_DATA_ORDER_PIXEL, 21, false, false, false, true},
+    {3, ZAN_DATA_ORDER_PIXEL, 20, false, false, false, false},
 };
 
 using SampleFn = std::function<double(double)>;
@@ -54,7 +56,7 @@ inline void expectScenes(int srcDepth, int dstDepth, const ImageOp& op, const Sa
     for (const Scene& sc : kScenes) {
         const int nSrc = srcDepth == ZAN_DEPTH_1U ? 1 : srcChannels ? srcChannels : sc.channels;
         const int nDst = dstDepth == ZAN_DEPTH_1U ? 1 : sc.channels;
-        Image src(nSrc, srcDepth, 21, 9, nSrc == 1 ? 0 : sc.order), dst(nDst, dstDepth, 21, 9, sc.order);
+        Image src(nSrc, srcDepth, sc.width, 9, nSrc == 1 ? 0 : sc.order), dst(nDst, dstDepth, sc.width, 9, sc.order);
         Image mask(1, ZAN_DEPTH_1U, 30, 12);
         randomize(src, rng);
         randomize(dst, rng);
@@ -71,7 +73,8 @@ inline void expectScenes(int srcDepth, int dstDepth, const ImageOp& op, const Sa
             op(src, dst);
             EXPECT_TRUE(samePixels(dst, want.data()));
         } else {
-            Image tiledSrc(nSrc, srcDepth, 21, 9, nSrc == 1 ? 0 : sc.order), tiledDst(nDst, dstDepth, 21, 9, sc.order);
+            Image tiledSrc(nSrc, srcDepth, sc.width, 9, nSrc == 1 ? 0 : sc.order),
+                tiledDst(nDst, dstDepth, sc.width, 9, sc.order);
             std::memcpy(tiledSrc->imageData, src->imageData, size_t(src->imageSize));
             std::memcpy(tiledDst->imageData, dst->imageData, size_t(dst->imageSize));
             tiledDst->maskROI = dst->maskROI;

@@ -24,6 +24,11 @@ kern::Pixels3 pixelsOf(const View& v, const PixelLayout& l, int y) {
     return p;
 }
 
+// Rows of w pixels that follow one another without padding.
+bool rowsJoin(const View& v, int w) {
+    return v.rowStep == ptrdiff_t(w) * (v.planeStep ? 1 : v.pixelStep) * depthBytes(v.depth);
+}
+
 char* sampleOf(const View& v, int channel, int y, int x) {
     int bytes = depthBytes(v.depth);
     return v.channel(channel) + y * v.rowStep + ptrdiff_t(x) * (v.planeStep ? 1 : v.pixelStep) * bytes;
@@ -48,6 +53,10 @@ bool runPixels(const Op& op, ZanImage* src, ZanImage* dst, const PixelJob& job) 
     auto* keep = reinterpret_cast<uint8_t*>(tmp.get() + 3 * plane);
     auto* packed = reinterpret_cast<uint8_t*>(tmp.get() + 4 * plane);
     return frame.forEachBlock([&](const View* v, const View* mask, int w, int h) {
+        if (!staged && job.copySrc < 0 && rowsJoin(v[0], w) && rowsJoin(v[1], w)) {
+            job.kernel.row(pixelsOf(v[0], job.src, 0), pixelsOf(v[1], job.dst, 0), w * h, job.kernel.params);
+            return;
+        }
         for (int y = 0; y < h; ++y) {
             const kern::Pixels3 in = pixelsOf(v[0], job.src, y);
             if (!staged) {

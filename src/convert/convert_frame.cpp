@@ -128,13 +128,19 @@ struct Converter {
             if (bitAt(keep, x)) std::memcpy(p + ptrdiff_t(x) * step * bytesPer, at(kResult) + x * bytesPer, bytesPer);
     }
 
-    // One block: source rows top down, destination rows the same way or (flip) bottom up.
+    // One block: source rows top down, destination rows the same way or (flip)
+    // bottom up. Whole pixels in rows without padding run as one call.
     void block(const View& s, const View& d, const View* const* masks, int nMasks, int w, int h, bool flip) const {
+        const int run = w * pairs.count;
+        if (wholePixels && nMasks == 0 && !flip && s.rowStep == ptrdiff_t(run) * depthBytes(s.depth) &&
+            d.rowStep == ptrdiff_t(run) * depthBytes(d.depth)) {
+            row(s.data, d.data, run * h, pairs.count == 1 ? pairs.dstFirst : kWholePixels);
+            return;
+        }
         for (int y = 0; y < h; ++y) {
             int yd = flip ? h - 1 - y : y;
             if (wholePixels && nMasks == 0) {
-                row(s.data + y * s.rowStep, d.data + yd * d.rowStep, w * pairs.count,
-                    pairs.count == 1 ? pairs.dstFirst : kWholePixels);
+                row(s.data + y * s.rowStep, d.data + yd * d.rowStep, run, pairs.count == 1 ? pairs.dstFirst : kWholePixels);
                 continue;
             }
             const uint8_t* keep = keepRow(masks, nMasks, y, w);
