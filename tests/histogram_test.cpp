@@ -263,9 +263,12 @@ TEST_F(Histograms, EqualizeFromTheHistogram) {
     std::vector<double> cumulative(65536);
     double sum = 0;
     for (int v = 0; v < 65536; ++v) cumulative[size_t(v)] = sum += h.value[size_t(v)];
+    volatile double scale = 65535.0 / 1000, product;  // held to double precision, x87 included
     for (int y = 0; y < 20; ++y)
-        for (int x = 0; x < 50; ++x)
-            ASSERT_EQ(get(e, x, y), std::trunc(cumulative[size_t(get(w, x, y))] * (65535.0 / 1000))) << x << "," << y;
+        for (int x = 0; x < 50; ++x) {
+            product = cumulative[size_t(get(w, x, y))] * scale;
+            ASSERT_EQ(get(e, x, y), std::trunc(product)) << x << "," << y;
+        }
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "core/bits.h"
 #include "core/depth.h"
 #include "kernels/convert_rows.h"
+#include "kernels/double_rounding.h"
 
 namespace zan {
 namespace {
@@ -193,6 +194,7 @@ bool equalizeTable(const ZanLUT& r, T* table, int size) {
         return false;
     }
     const int max = size - 1;
+    const double scale = asDouble(65535.0 / double(total));
     int64_t before = 0;  // counts of the intervals left of the current input
     int interval = -1;
     for (int v = 0; v < size; ++v) {
@@ -209,7 +211,7 @@ bool equalizeTable(const ZanLUT& r, T* table, int size) {
             num = before + r.value[interval];
         }
         int64_t out = max == 255 ? num * 255 / (den * total)
-                                 : int64_t(std::trunc(double(num) / double(den) * (65535.0 / double(total))));
+                                 : int64_t(std::trunc(asDouble(double(num) / double(den) * scale)));
         table[v] = T(std::clamp<int64_t>(out, 0, max));
     }
     return true;

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "kernels/colour_rows.h"
+#include "kernels/double_rounding.h"
 
 namespace zan {
 namespace kern {
@@ -42,13 +43,6 @@ T roundTo(double v) {
 template <class T>
 T truncTo(double v) {
     return std::isnan(v) ? T(0) : roundTo<T>(std::trunc(v));
-}
-
-// A double held in memory, so that a product is rounded to double precision
-// even where the processor computes in wider registers (x87).
-inline double asDouble(double v) {
-    volatile double held = v;
-    return held;
 }
 
 // Hue in degrees, 0 up to 360, of a pixel whose largest component is v and
