@@ -123,6 +123,7 @@ TEST_F(Colour, FormulaValues) {
         {zanRGB2YUV, ZAN_DEPTH_8U, "RGB", {255, 0, 0}, {76, 89, 255}},    // V 284 held at 255
         {zanRGB2YUV, ZAN_DEPTH_8U, "RGB", {0, 255, 255}, {178, 164, 0}},  // V -31 held at 0
         {zanRGB2YUV, ZAN_DEPTH_16U, "RGB", {0, 0, 65535}, {7471, 61208, 26213}},
+        {zanRGB2YUV, ZAN_DEPTH_16U, "RGB", {65535, 65535, 65535}, {0, 32767, 32767}},  // Y 65536 is not held
         {zanXYZ2RGB, ZAN_DEPTH_8U, "XYZ", {242, 255, 255}, {255, 254, 231}},
         {zanXYZ2RGB, ZAN_DEPTH_8U, "XYZ", {100, 50, 20}, {237, 0, 17}},
         {zanRGB2XYZ, ZAN_DEPTH_8U, "RGB", {0, 0, 255}, {46, 18, 242}},
