@@ -358,6 +358,59 @@ ZAN_API void ZAN_STDCALL zanReduceBits(ZanImage* srcImage, ZanImage* dstImage, i
                                        int levels);
 ZAN_API ZanImage* ZAN_STDCALL zanCreateImageJaehne(int depth, int width, int height);
 
+/* ------------------------------------------------------------------------ */
+/* Depth conversion, colour models, colour twist, threshold, histograms      */
+/* ------------------------------------------------------------------------ */
+/* A 4 x 4 integer matrix, row by row; results are shifted right by scalingValue. */
+typedef struct ZanColorTwist {
+    int data[16];
+    int scalingValue;
+} ZanColorTwist;
+
+/* One channel's lookup record: keys bound the intervals, value holds a count
+   (histograms) or a level (stretching) per interval. */
+typedef struct ZanLUT {
+    int num;         /* number of keys, at least 2 */
+    int* key;        /* non-decreasing interval bounds */
+    int* value;
+    int* slope;      /* per-step increment inside an interval when interpolate is set */
+    int interpolate;
+} ZanLUT;
+
+ZAN_API void ZAN_STDCALL zanConvert(ZanImage* srcImage, ZanImage* dstImage);
+ZAN_API void ZAN_STDCALL zanBitonalToGray(ZanImage* srcImage, ZanImage* dstImage, int ZeroScale, int OneScale);
+ZAN_API void ZAN_STDCALL zanScale(ZanImage* srcImage, ZanImage* dstImage);
+ZAN_API void ZAN_STDCALL zanScaleFP(ZanImage* srcImage, ZanImage* dstImage, float minVal, float maxVal);
+
+ZAN_API void ZAN_STDCALL zanRGB2HSV(ZanImage* rgbImage, ZanImage* hsvImage);
+ZAN_API void ZAN_STDCALL zanHSV2RGB(ZanImage* hsvImage, ZanImage* rgbImage);
+ZAN_API void ZAN_STDCALL zanRGB2HLS(ZanImage* rgbImage, ZanImage* hlsImage);
+ZAN_API void ZAN_STDCALL zanHLS2RGB(ZanImage* hlsImage, ZanImage* rgbImage);
+ZAN_API void ZAN_STDCALL zanRGB2XYZ(ZanImage* rgbImage, ZanImage* xyzImage);
+ZAN_API void ZAN_STDCALL zanXYZ2RGB(ZanImage* xyzImage, ZanImage* rgbImage);
+ZAN_API void ZAN_STDCALL zanRGB2YUV(ZanImage* rgbImage, ZanImage* yuvImage);
+ZAN_API void ZAN_STDCALL zanYUV2RGB(ZanImage* yuvImage, ZanImage* rgbImage);
+ZAN_API void ZAN_STDCALL zanRGB2YCrCb(ZanImage* rgbImage, ZanImage* YCrCbImage);
+ZAN_API void ZAN_STDCALL zanYCrCb2RGB(ZanImage* YCrCbImage, ZanImage* rgbImage);
+ZAN_API void ZAN_STDCALL zanYCC2RGB(ZanImage* YCCImage, ZanImage* rgbImage);
+ZAN_API void ZAN_STDCALL zanRGB2LUV(ZanImage* rgbImage, ZanImage* luvImage);
+ZAN_API void ZAN_STDCALL zanLUV2RGB(ZanImage* luvImage, ZanImage* rgbImage);
+ZAN_API void ZAN_STDCALL zanColorToGray(ZanImage* srcImage, ZanImage* dstImage);
+ZAN_API void ZAN_STDCALL zanGrayToColor(ZanImage* srcImage, ZanImage* dstImage, float FractR, float FractG,
+                                        float FractB);
+
+ZAN_API ZanColorTwist* ZAN_STDCALL zanCreateColorTwist(int* data, int scalingValue);
+ZAN_API ZanStatus ZAN_STDCALL zanSetColorTwist(ZanColorTwist* cTwist, int* data, int scalingValue);
+ZAN_API void ZAN_STDCALL zanDeleteColorTwist(ZanColorTwist* cTwist);
+ZAN_API void ZAN_STDCALL zanApplyColorTwist(ZanImage* srcImage, ZanImage* dstImage, ZanColorTwist* cTwist,
+                                            int offset);
+ZAN_API void ZAN_STDCALL zanColorTwistFP(ZanImage* srcImage, ZanImage* dstImage, float* TwistFP);
+
+ZAN_API void ZAN_STDCALL zanThreshold(ZanImage* srcImage, ZanImage* dstImage, int Threshold);
+ZAN_API void ZAN_STDCALL zanComputeHisto(ZanImage* srcImage, ZanLUT** lut);
+ZAN_API void ZAN_STDCALL zanContrastStretch(ZanImage* srcImage, ZanImage* dstImage, ZanLUT** lut);
+ZAN_API void ZAN_STDCALL zanHistoEqualize(ZanImage* srcImage, ZanImage* dstImage, ZanLUT** lut);
+
 #ifdef __cplusplus
 } /* extern "C" */
 #endif
