@@ -258,6 +258,8 @@ TEST_F(Fft2D, ChecksReportInOrder) {
     runChecks(checks, log, "zanRealFft2D", "zanfft2d");
     const Check mpy[] = {
         {[](Pair& p) { zanMpyRCPack2D(p.src, nullptr, p.dst); }, ZAN_StsHeaderIsNull, "Incorrect Image"},
+        {[](Pair& p) { p.dst->roi = zanCreateROI(-1, 0, 0, 8, 8); zanMpyRCPack2D(p.src, p.third, p.dst); },
+         ZAN_StsBadCOI, "Incorrect Image"},  // the header check comes first
         {[](Pair& p) { zanMpyRCPack2D(p.src, p.make(1, ZAN_DEPTH_16U), p.dst); }, -17,
          "srcA->depth || srcB->depth == 8U||16U||1U"},
         {[](Pair& p) { zanMpyRCPack2D(p.src, p.make(1, ZAN_DEPTH_32S), p.dst); }, -5,

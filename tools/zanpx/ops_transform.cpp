@@ -4,8 +4,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <string>
 #include <vector>
 
 #include "ops.h"
@@ -130,9 +132,11 @@ ZanImage* frequencyBlur(Call& c) {
 // picture comes back with the centroid and the main axis drawn in.
 ZanImage* moments(Call& c) {
     ZanImage* src = c.src();
-    const int channel = std::stoi(c.option("--channel", "1"));
-    if (channel < 1 || channel > src->nChannels) throw Failure("--channel takes 1 to the number of channels");
-    ZanROI roi{channel, 0, 0, src->width, src->height};
+    const std::string text = c.option("--channel", "1");
+    char* end = nullptr;
+    const long channel = std::strtol(text.c_str(), &end, 10);
+    if (*end || channel < 1 || channel > src->nChannels) throw Failure("--channel takes 1 to the number of channels");
+    ZanROI roi{int(channel), 0, 0, src->width, src->height};
     ZanROI* had = src->roi;
     src->roi = &roi;
     ZanMomentState s;
@@ -154,7 +158,7 @@ ZanImage* moments(Call& c) {
                           d * a * (a * a - 3 * b * b) + e * b * (3 * a * a - b * b),
                           (n(2, 0) - n(0, 2)) * (a * a - b * b) + 4 * n(1, 1) * a * b,
                           e * a * (a * a - 3 * b * b) - d * b * (3 * a * a - b * b)};
-    std::printf("channel      %d, mass %.6g\n", channel, s.m00);
+    std::printf("channel      %ld, mass %.6g\n", channel, s.m00);
     std::printf("centroid     x %.2f  y %.2f (rows counted from the top)\n", cx, cy);
     std::printf("orientation  %.2f degrees from the x axis towards y; spread %.2f along it, %.2f across\n",
                 angle * 180 / kPi, major, minor);
