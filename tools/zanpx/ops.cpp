@@ -134,4 +134,9 @@ ImagePtr runOperation(const OpDef& op, const ZanImage& src, const Parsed& args, 
     return call.take(result);
 }
 
+ImagePtr runOperation(const OpDef& op, const ZanImage& src, const std::vector<std::string>& words,
+                      const ZanImage* other) {
+    return runOperation(op, src, parseOperation(op, words), other);
+}
+
 }  // namespace zanpx

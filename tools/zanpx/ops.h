@@ -78,5 +78,8 @@ Parsed parseOperation(const OpDef& op, const std::vector<std::string>& args);
 // Runs an operation on an image; UsageError for its arguments, Failure with
 // the library's report when the library refuses.
 ImagePtr runOperation(const OpDef& op, const ZanImage& src, const Parsed& args, const ZanImage* other = nullptr);
+// The same with the words as typed (the gallery's calls).
+ImagePtr runOperation(const OpDef& op, const ZanImage& src, const std::vector<std::string>& words,
+                      const ZanImage* other = nullptr);
 
 }  // namespace zanpx
