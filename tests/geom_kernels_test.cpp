@@ -8,16 +8,13 @@
 
 #include "kernels/interp.h"
 #include "kernels/stride_rows.h"
+#include "simd_isas.h"
 
 using namespace zan::kern;
 
-namespace {
+using zantest::simdIsas;
 
-std::vector<Isa> simdIsas() {
-    Isa all[3];
-    int n = availableIsas(all);
-    return std::vector<Isa>(all + 1, all + n);
-}
+namespace {
 
 const int kLengths[] = {1, 7, 8, 15, 16, 17, 31, 33, 100};
 
