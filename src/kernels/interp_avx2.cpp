@@ -229,6 +229,20 @@ void copyPixels(const uint8_t* src, const int32_t* ofs, uint8_t* out, int n) {
 void gatherPixels8(const uint8_t* src, ptrdiff_t limit, const int32_t* ofs, int cn, uint8_t* out, int n) {
     int i = 0;
     if (cn == 1) {
+        // Every other byte (a halving): 32 at a time while the offsets run so.
+        const R ramp = _mm256_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14), sixteen = _mm256_set1_epi32(16);
+        for (; i + 32 <= n && ofs[i] >= 0 && ofs[i] + ptrdiff_t(64) <= limit; i += 32) {
+            const R e0 = _mm256_add_epi32(_mm256_set1_epi32(ofs[i]), ramp), e1 = _mm256_add_epi32(e0, sixteen);
+            const R e2 = _mm256_add_epi32(e1, sixteen), e3 = _mm256_add_epi32(e2, sixteen);
+            const R same = _mm256_and_si256(
+                _mm256_and_si256(_mm256_cmpeq_epi32(loadu(ofs + i), e0), _mm256_cmpeq_epi32(loadu(ofs + i + 8), e1)),
+                _mm256_and_si256(_mm256_cmpeq_epi32(loadu(ofs + i + 16), e2), _mm256_cmpeq_epi32(loadu(ofs + i + 24), e3)));
+            if (_mm256_movemask_epi8(same) != -1) break;
+            const uint8_t* p = src + ofs[i];
+            const R low = _mm256_set1_epi16(0xFF);
+            const R v = _mm256_packus_epi16(_mm256_and_si256(loadu(p), low), _mm256_and_si256(loadu(p + 32), low));
+            _mm256_storeu_si256(reinterpret_cast<R*>(out + i), _mm256_permute4x64_epi64(v, 0xD8));
+        }
         for (; i + 16 <= n; i += 16) {
             // Offsets far apart (a warp's) go straight to plain loads.
             if (uint32_t(ofs[i + 15] - ofs[i]) > 31u) {
@@ -239,8 +253,7 @@ void gatherPixels8(const uint8_t* src, ptrdiff_t limit, const int32_t* ofs, int 
             const R base = _mm256_set1_epi32(b);
             const R d0 = _mm256_sub_epi32(loadu(ofs + i), base), d1 = _mm256_sub_epi32(loadu(ofs + i + 8), base);
             if (b + ptrdiff_t(16) > limit || !within(d0, 15) || !within(d1, 15)) {
-                // Every other byte (a halving): one 32-byte load, the even bytes kept.
-                const R ramp = _mm256_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14);
+                // Every other byte up to the limit: one 32-byte load, the even bytes kept.
                 const R even0 = _mm256_cmpeq_epi32(d0, ramp);
                 const R even1 = _mm256_cmpeq_epi32(d1, _mm256_add_epi32(ramp, _mm256_set1_epi32(16)));
                 if (b + ptrdiff_t(32) <= limit && _mm256_movemask_epi8(_mm256_and_si256(even0, even1)) == -1) {
