@@ -13,6 +13,7 @@ namespace {
 
 constexpr double kTolerance = 1e-6;
 constexpr int kSub = 8;  // smooth edges: coverage sampled on kSub x kSub points per pixel
+constexpr int kPiece = 256;  // pixels of a row positioned at once
 
 // One axis of the source rectangle, origin .. origin + count - 1, and the
 // fixed-point positions that count as inside it; `stride` samples a pixel.
@@ -65,18 +66,19 @@ public:
     }
 
     void run() {
-        const size_t w = size_t(dr_.width);
+        const size_t w = size_t(std::min(dr_.width, kPiece));
         int maxCn = 1;
         for (const Lane& l : lanes_) maxCn = std::max(maxCn, l.count);
         u_.resize(w), v_.resize(w), ofs_.resize(w), fx_.resize(w), fy_.resize(w), inside_.resize(w / 8 + 1);
-        buf_.resize(w * size_t(maxCn));
+        buf_.resize(size_t(dr_.width) * size_t(maxCn));
         if (job_.smoothEdges) startEdges();
         for (int y = 0; y < dr_.height; ++y) {
             if (job_.smoothEdges) coverRow(y);
             // Affine rows know the stretch that lands inside without looking at every pixel.
             int a = 0, b = dr_.width;
             if (!job_.smoothEdges) map_.inside(dr_.y + y, dr_.x, dr_.width, sx_.lo, sx_.hi, sy_.lo, sy_.hi, &a, &b);
-            if (b > a) writeRow(y, a, b - a);
+            // A row in pieces, so that its positions and taps stay in the first-level cache.
+            for (int x = a; x < b; x += kPiece) writeRow(y, x, std::min(kPiece, b - x));
             if (job_.smoothEdges) blendRow(y);
         }
     }
@@ -125,7 +127,7 @@ private:
     }
 
     void startEdges() {
-        const size_t w = size_t(dr_.width);
+        const size_t w = size_t(std::min(dr_.width, kPiece));
         top_.resize(w + 1);
         bottom_.resize(w + 1);
         cover_.resize(w);
