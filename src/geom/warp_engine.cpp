@@ -70,7 +70,7 @@ public:
         int maxCn = 1;
         for (const Lane& l : lanes_) maxCn = std::max(maxCn, l.count);
         u_.resize(w), v_.resize(w), ofs_.resize(w), fx_.resize(w), fy_.resize(w), inside_.resize(w / 8 + 1);
-        buf_.resize(size_t(dr_.width) * size_t(maxCn));
+        buf_.resize(w * size_t(maxCn));
         if (job_.smoothEdges) startEdges();
         for (int y = 0; y < dr_.height; ++y) {
             if (job_.smoothEdges) coverRow(y);
@@ -78,7 +78,11 @@ public:
             int a = 0, b = dr_.width;
             if (!job_.smoothEdges) map_.inside(dr_.y + y, dr_.x, dr_.width, sx_.lo, sx_.hi, sy_.lo, sy_.hi, &a, &b);
             // A row in pieces, so that its positions and taps stay in the first-level cache.
-            for (int x = a; x < b; x += kPiece) writeRow(y, x, std::min(kPiece, b - x));
+            for (int x = a; x < b;) {
+                const int n = std::min(kPiece, b - x);
+                writeRow(y, x, n);
+                x += n;
+            }
             if (job_.smoothEdges) blendRow(y);
         }
     }
