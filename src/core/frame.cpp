@@ -112,8 +112,8 @@ bool coversImage(const ZanImage& im) {
 
 bool compatible(const ZanImage& a, const ZanImage& b) {
     return !a.tileInfo && !b.tileInfo && a.width == b.width && a.height == b.height && a.imageSize == b.imageSize &&
-           a.widthStep == b.widthStep && a.align == b.align && a.nChannels == b.nChannels && a.dataOrder == b.dataOrder && coversImage(a) &&
-           coversImage(b);
+           a.widthStep == b.widthStep && a.align == b.align && a.nChannels == b.nChannels &&
+           a.dataOrder == b.dataOrder && coversImage(a) && coversImage(b);
 }
 
 bool maskBit(const View& m, int y, int x) {
@@ -288,8 +288,9 @@ bool PointFrame::samples(RowKernel row) {
     BlockRun r{row, nSrc, {}, {}};
     for (int i = 0; i < n_; ++i) r.ch[i] = selectChannels(*images_[i].image, true);
     const int widest = blockWidth();
-    int64_t rowBytes = d.depth == ZAN_DEPTH_1U ? bitBytes(widest)
-                                               : productWithin(int64_t(widest) * d.nChannels, depthBytes(d.depth), INT32_MAX);
+    int64_t rowBytes = d.depth == ZAN_DEPTH_1U
+                           ? bitBytes(widest)
+                           : productWithin(int64_t(widest) * d.nChannels, depthBytes(d.depth), INT32_MAX);
     if (!r.tmp.reserve(n_ + 1, rowBytes)) {
         ZAN_FAIL(op_, ZAN_StsNoMem, "Out of memory");
         return false;
