@@ -47,6 +47,15 @@ uint32_t fillPattern(int depth, int value) {
     return static_cast<uint32_t>(zan::clampToDepth(depth, value));
 }
 
+// zanSet's header check, reported under its name.
+bool setHeaderOk(ZanImage* image) {
+    if (zan::checkImage(image) >= 0) return true;
+    ZAN_FAIL(kSet, zanGetErrStatus(), "Incorrect Image");
+    return false;
+}
+
+}  // namespace
+
 extern "C" ZAN_API void ZAN_STDCALL zanCopy(ZanImage* srcImage, ZanImage* dstImage) {
     zan::guarded(kCopy, [&] {
         if (!pairPrologue(kCopy, srcImage, dstImage) || srcImage == dstImage) return;
@@ -61,14 +70,6 @@ extern "C" ZAN_API void ZAN_STDCALL zanExchange(ZanImage* ImageA, ZanImage* Imag
     });
 }
 
-// zanSet's header check, reported under its name.
-bool setHeaderOk(ZanImage* image) {
-    if (zan::checkImage(image) >= 0) return true;
-    ZAN_FAIL(kSet, zanGetErrStatus(), "Incorrect Image");
-    return false;
-}
-
-}  // namespace
 
 extern "C" ZAN_API void ZAN_STDCALL zanSet(ZanImage* image, int fillValue) {
     zan::guarded(kSet, [&] {
