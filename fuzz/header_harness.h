@@ -189,6 +189,50 @@ public:
         return pixel_;
     }
     float* where() { return in_.below(8) ? &floats_[in_.below(2)] : nullptr; }
+    // Sixteen matrix entries, or none.
+    int* twistData() {
+        for (int& v : twist_.data) v = i();
+        return in_.below(8) ? twist_.data : nullptr;
+    }
+    float* twistFP() {
+        for (float& v : twistFP_) v = f();
+        return in_.below(8) ? twistFP_ : nullptr;
+    }
+    ZanColorTwist* twist() {
+        twist_.scalingValue = i();
+        return in_.below(8) ? &twist_ : nullptr;
+    }
+    // One lookup record per channel of the image (or none): key, value and
+    // slope arrays of exactly `num` entries, keys mostly in order.
+    ZanLUT** luts(const ZanImage* im) {
+        static const int kNums[] = {2, 3, 5, 17, 257, 1, 0, -1};
+        if (in_.below(16) == 0 || !im || im->nChannels <= 0 || im->nChannels > 64) return nullptr;
+        lutPointers_.assign(size_t(im->nChannels), nullptr);
+        lutRecords_.assign(size_t(im->nChannels), ZanLUT{});
+        lutArrays_.clear();
+        for (size_t k = 0; k < lutPointers_.size(); ++k) {
+            if (in_.below(16) == 0) continue;
+            ZanLUT& r = lutRecords_[k];
+            r.num = in_.of(kNums);
+            r.interpolate = in_.below(2);
+            int* arrays[3];
+            for (int*& a : arrays) {
+                lutArrays_.emplace_back(std::max(r.num, 0));
+                a = in_.below(16) ? lutArrays_.back().data() : nullptr;
+            }
+            int key = in_.below(8) ? 0 : i();
+            for (int n = 0; n < r.num; ++n, key = int(uint32_t(key) + (in_.below(4) ? in_.byte() : ~0u))) {
+                if (arrays[0]) arrays[0][n] = key;
+                if (arrays[1]) arrays[1][n] = i();
+                if (arrays[2]) arrays[2][n] = i();
+            }
+            r.key = arrays[0];
+            r.value = arrays[1];
+            r.slope = arrays[2];
+            lutPointers_[k] = &r;
+        }
+        return lutPointers_.data();
+    }
     // A length for the allocators: a few kilobytes at most, negative ones included.
     int length() {
         static const int kLengths[] = {0, 1, 7, 4096, -1, INT_MIN};
@@ -335,6 +379,11 @@ private:
     std::vector<uint8_t> dibs_[3];
     unsigned char pixel_[64 * 4] = {};
     float floats_[2] = {};
+    ZanColorTwist twist_{};
+    float twistFP_[16] = {};
+    std::vector<ZanLUT*> lutPointers_;
+    std::vector<ZanLUT> lutRecords_;
+    std::vector<std::vector<int>> lutArrays_;
 };
 
 // Releases what an export handed back.
@@ -523,6 +572,34 @@ inline const std::vector<Export>& exports() {
         ZANFUZZ_EXPORT(zanConvertToDIBSep, toDibSep(s)),
         ZANFUZZ_EXPORT(zanReduceBits, zanReduceBits(s.whole(), s.whole(), s.i(), s.i(), s.i())),
         ZANFUZZ_EXPORT(zanCreateImageJaehne, jaehne(s)),
+        ZANFUZZ_EXPORT(zanConvert, zanConvert(s.img(), s.img())),
+        ZANFUZZ_EXPORT(zanBitonalToGray, zanBitonalToGray(s.img(), s.img(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanScale, zanScale(s.img(), s.img())),
+        ZANFUZZ_EXPORT(zanScaleFP, zanScaleFP(s.img(), s.img(), s.f(), s.f())),
+        ZANFUZZ_EXPORT(zanRGB2HSV, zanRGB2HSV(s.img(), s.img())),
+        ZANFUZZ_EXPORT(zanHSV2RGB, zanHSV2RGB(s.img(), s.img())),
+        ZANFUZZ_EXPORT(zanRGB2HLS, zanRGB2HLS(s.img(), s.img())),
+        ZANFUZZ_EXPORT(zanHLS2RGB, zanHLS2RGB(s.img(), s.img())),
+        ZANFUZZ_EXPORT(zanRGB2XYZ, zanRGB2XYZ(s.img(), s.img())),
+        ZANFUZZ_EXPORT(zanXYZ2RGB, zanXYZ2RGB(s.img(), s.img())),
+        ZANFUZZ_EXPORT(zanRGB2YUV, zanRGB2YUV(s.img(), s.img())),
+        ZANFUZZ_EXPORT(zanYUV2RGB, zanYUV2RGB(s.img(), s.img())),
+        ZANFUZZ_EXPORT(zanRGB2YCrCb, zanRGB2YCrCb(s.img(), s.img())),
+        ZANFUZZ_EXPORT(zanYCrCb2RGB, zanYCrCb2RGB(s.img(), s.img())),
+        ZANFUZZ_EXPORT(zanYCC2RGB, zanYCC2RGB(s.img(), s.img())),
+        ZANFUZZ_EXPORT(zanRGB2LUV, zanRGB2LUV(s.img(), s.img())),
+        ZANFUZZ_EXPORT(zanLUV2RGB, zanLUV2RGB(s.img(), s.img())),
+        ZANFUZZ_EXPORT(zanColorToGray, zanColorToGray(s.img(), s.img())),
+        ZANFUZZ_EXPORT(zanGrayToColor, zanGrayToColor(s.img(), s.img(), s.f(), s.f(), s.f())),
+        ZANFUZZ_EXPORT(zanCreateColorTwist, zanDeleteColorTwist(zanCreateColorTwist(s.twistData(), s.i()))),
+        ZANFUZZ_EXPORT(zanSetColorTwist, zanSetColorTwist(s.twist(), s.twistData(), s.i())),
+        ZANFUZZ_EXPORT(zanDeleteColorTwist, zanDeleteColorTwist(nullptr)),
+        ZANFUZZ_EXPORT(zanApplyColorTwist, zanApplyColorTwist(s.img(), s.img(), s.twist(), s.i())),
+        ZANFUZZ_EXPORT(zanColorTwistFP, zanColorTwistFP(s.img(), s.img(), s.twistFP())),
+        ZANFUZZ_EXPORT(zanThreshold, zanThreshold(s.img(), s.img(), s.i())),
+        ZANFUZZ_EXPORT(zanComputeHisto, ZanImage* im = s.img(); zanComputeHisto(im, s.luts(im))),
+        ZANFUZZ_EXPORT(zanContrastStretch, ZanImage* im = s.img(); zanContrastStretch(im, s.img(), s.luts(im))),
+        ZANFUZZ_EXPORT(zanHistoEqualize, ZanImage* im = s.img(); zanHistoEqualize(im, s.img(), s.luts(im))),
     };
     return table;
 }
