@@ -410,6 +410,84 @@ ZAN_API void ZAN_STDCALL zanThreshold(ZanImage* srcImage, ZanImage* dstImage, in
 ZAN_API void ZAN_STDCALL zanComputeHisto(ZanImage* srcImage, ZanLUT** lut);
 ZAN_API void ZAN_STDCALL zanContrastStretch(ZanImage* srcImage, ZanImage* dstImage, ZanLUT** lut);
 ZAN_API void ZAN_STDCALL zanHistoEqualize(ZanImage* srcImage, ZanImage* dstImage, ZanLUT** lut);
+/* Transforms and analysis: FFT, DCT, moments                                */
+/* ------------------------------------------------------------------------ */
+#define ZAN_FFT_FORWARD   1
+#define ZAN_FFT_INVERSE   2
+#define ZAN_FFT_NOSCALE   4   /* inverse: leave out the division by width x height */
+#define ZAN_FFT_USEINT   16   /* integer images: scaled integer spectra */
+#define ZAN_FFT_USEFLOAT 32   /* integer images: unscaled, saturated */
+#define ZAN_FFT_FREE    128   /* release the thread's FFT tables and return */
+
+#define ZAN_DCT_FORWARD   1
+#define ZAN_DCT_INVERSE   2
+#define ZAN_DCT_FREE      8   /* release the thread's DCT tables and return */
+
+ZAN_API void ZAN_STDCALL zanRealFft2D(ZanImage* srcImage, ZanImage* dstImage, int flags);
+ZAN_API void ZAN_STDCALL zanCcsFft2D(ZanImage* srcImage, ZanImage* dstImage, int flags);
+ZAN_API void ZAN_STDCALL zanMpyRCPack2D(ZanImage* srcA, ZanImage* srcB, ZanImage* dst);
+ZAN_API ZanStatus ZAN_STDCALL zanDCT2D(ZanImage* src, ZanImage* dst, int flags);
+
+typedef struct ZanMomentState {
+    double m00, m10, m01, m20, m11, m02, m30, m21, m12, m03; /* spatial */
+    double mu20, mu11, mu02, mu30, mu21, mu12, mu03;          /* central */
+    double inv_sqrt_m00;                                      /* 1 / sqrt(|m00|), 0 when m00 is 0 */
+} ZanMomentState;
+
+ZAN_API void ZAN_STDCALL zanMoments(ZanImage* image, ZanMomentState* mState);
+ZAN_API double ZAN_STDCALL zanGetSpatialMoment(ZanMomentState* mState, int mOrd, int nOrd);
+ZAN_API double ZAN_STDCALL zanGetCentralMoment(ZanMomentState* mState, int mOrd, int nOrd);
+ZAN_API double ZAN_STDCALL zanGetNormalizedSpatialMoment(ZanMomentState* mState, int mOrd, int nOrd);
+ZAN_API double ZAN_STDCALL zanGetNormalizedCentralMoment(ZanMomentState* mState, int mOrd, int nOrd);
+ZAN_API double ZAN_STDCALL zanSpatialMoment(ZanImage* image, int mOrd, int nOrd);
+ZAN_API double ZAN_STDCALL zanCentralMoment(ZanImage* image, int mOrd, int nOrd);
+ZAN_API double ZAN_STDCALL zanNormalizedSpatialMoment(ZanImage* image, int mOrd, int nOrd);
+ZAN_API double ZAN_STDCALL zanNormalizedCentralMoment(ZanImage* image, int mOrd, int nOrd);
+
+/* ------------------------------------------------------------------------ */
+/* Geometry: zoom, decimation, resizing, warps, rotation, remapping, mirror  */
+/* ------------------------------------------------------------------------ */
+#define ZAN_WARP_R_TO_Q 0 /* the coefficients map the source rectangle onto a quadrangle */
+#define ZAN_WARP_Q_TO_R 1 /* they map the destination rectangle; the quadrangle is in the source */
+
+ZAN_API void ZAN_STDCALL zanZoom(ZanImage* srcImage, ZanImage* dstImage, int xDst, int xSrc, int yDst, int ySrc,
+                                 int interpolate);
+ZAN_API void ZAN_STDCALL zanDecimate(ZanImage* srcImage, ZanImage* dstImage, int xDst, int xSrc, int yDst, int ySrc,
+                                     int interpolate);
+ZAN_API void ZAN_STDCALL zanResize(ZanImage* srcImage, ZanImage* dstImage, int xDst, int xSrc, int yDst, int ySrc,
+                                   int interpolate);
+ZAN_API void ZAN_STDCALL zanDecimateExt(ZanImage* srcImage, ZanImage* dstImage, int xDst, int xSrc, int yDst,
+                                        int ySrc, int interpolate, int xMaskSize, int yMaskSize);
+
+ZAN_API void ZAN_STDCALL zanWarpAffine(ZanImage* srcImage, ZanImage* dstImage, const double coeffs[2][3],
+                                       int interpolate);
+ZAN_API void ZAN_STDCALL zanWarpBilinear(ZanImage* srcImage, ZanImage* dstImage, const double coeffs[2][4],
+                                         int warpFlag, int interpolate);
+ZAN_API void ZAN_STDCALL zanWarpBilinearQ(ZanImage* srcImage, ZanImage* dstImage, const double quad[4][2],
+                                          int warpFlag, int interpolate);
+ZAN_API void ZAN_STDCALL zanWarpPerspective(ZanImage* srcImage, ZanImage* dstImage, const double coeffs[3][3],
+                                            int warpFlag, int interpolate);
+ZAN_API void ZAN_STDCALL zanWarpPerspectiveQ(ZanImage* srcImage, ZanImage* dstImage, const double quad[4][2],
+                                             int warpFlag, int interpolate);
+ZAN_API void ZAN_STDCALL zanGetAffineQuad(ZanImage* image, const double* coeffs, double quad[4][2]);
+ZAN_API void ZAN_STDCALL zanGetBilinearQuad(ZanImage* image, const double* coeffs, double quad[4][2]);
+ZAN_API void ZAN_STDCALL zanGetPerspectiveQuad(ZanImage* image, const double* coeffs, double quad[4][2]);
+ZAN_API void ZAN_STDCALL zanGetAffineBound(ZanImage* image, const double* coeffs, double bound[2][2]);
+ZAN_API void ZAN_STDCALL zanGetBilinearBound(ZanImage* image, const double* coeffs, double bound[2][2]);
+ZAN_API void ZAN_STDCALL zanGetPerspectiveBound(ZanImage* image, const double* coeffs, double bound[2][2]);
+ZAN_API void ZAN_STDCALL zanGetAffineTransform(ZanImage* image, double coeffs[2][3], const double quad[4][2]);
+ZAN_API void ZAN_STDCALL zanGetBilinearTransform(ZanImage* image, double* coeffs, const double quad[4][2]);
+ZAN_API void ZAN_STDCALL zanGetPerspectiveTransform(ZanImage* image, double* coeffs, const double quad[4][2]);
+ZAN_API void ZAN_STDCALL zanRotate(ZanImage* srcImage, ZanImage* dstImage, double angle, double xShift,
+                                   double yShift, int interpolate);
+ZAN_API void ZAN_STDCALL zanShear(ZanImage* srcImage, ZanImage* dstImage, double shearX, double shearY,
+                                  double xShift, double yShift, int interpolate);
+ZAN_API void ZAN_STDCALL zanGetRotateShift(double xCenter, double yCenter, double angle, double* xShift,
+                                           double* yShift);
+
+ZAN_API void ZAN_STDCALL zanRemap(ZanImage* srcImage, ZanImage* xMap, ZanImage* yMap, ZanImage* dstImage,
+                                  int interpolate);
+ZAN_API void ZAN_STDCALL zanMirror(ZanImage* srcImage, ZanImage* dstImage, int flipAxis);
 
 #ifdef __cplusplus
 } /* extern "C" */

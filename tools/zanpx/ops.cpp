@@ -78,6 +78,10 @@ int Call::i(size_t k, int fallback) const { return k < count() ? parseInt(name_,
 
 float Call::f(size_t k, float fallback) const { return k < count() ? parseFloat(name_, args_.positional[k]) : fallback; }
 
+std::string Call::word(size_t k, const std::string& fallback) const {
+    return k < count() ? args_.positional[k] : fallback;
+}
+
 int Call::dither(size_t k) const { return k < count() ? ditherCode(args_.positional[k]) : 1; }
 
 ZanImage* Call::image(size_t k) {
@@ -103,6 +107,13 @@ ZanImage* Call::copy() {
 }
 
 ZanImage* Call::same(int depth) { return keep(newLike(*src_, depth)); }
+
+ZanImage* Call::sized(int width, int height) {
+    ZanImage shape = *src_;
+    shape.width = width;
+    shape.height = height;
+    return keep(newLike(shape));
+}
 
 ZanImage* Call::mask() { return keep(newImage(1, ZAN_DEPTH_1U, "GRAY", "G", src_->width, src_->height)); }
 
@@ -132,6 +143,11 @@ ImagePtr runOperation(const OpDef& op, const ZanImage& src, const Parsed& args, 
     ZanImage* result = op.run(call);
     check();
     return call.take(result);
+}
+
+ImagePtr runOperation(const OpDef& op, const ZanImage& src, const std::vector<std::string>& words,
+                      const ZanImage* other) {
+    return runOperation(op, src, parseOperation(op, words), other);
 }
 
 }  // namespace zanpx

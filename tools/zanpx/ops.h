@@ -28,6 +28,8 @@ public:
     // Argument k as a number; `fallback` when it was not given.
     int i(size_t k, int fallback = 0) const;
     float f(size_t k, float fallback = 0) const;
+    // Argument k as given (for words such as fractions); `fallback` when it was not given.
+    std::string word(size_t k, const std::string& fallback = "") const;
     // Argument k as a dither method name (none, fs, sj1, sj2, ordered); 1 (none) when not given.
     int dither(size_t k) const;
     // An image argument: a BMP file in the source's format (the demo hands one in).
@@ -36,6 +38,8 @@ public:
     Call& gray();
     // A new result image like the source (another depth when given).
     ZanImage* same(int depth = 0);
+    // A new result image like the source in another size.
+    ZanImage* sized(int width, int height);
     // A new result image holding the source's pixels (for in-place operations).
     ZanImage* copy();
     // A new one-channel 1-bit image of the source's size.
@@ -78,5 +82,8 @@ Parsed parseOperation(const OpDef& op, const std::vector<std::string>& args);
 // Runs an operation on an image; UsageError for its arguments, Failure with
 // the library's report when the library refuses.
 ImagePtr runOperation(const OpDef& op, const ZanImage& src, const Parsed& args, const ZanImage* other = nullptr);
+// The same with the words as typed (the gallery's calls).
+ImagePtr runOperation(const OpDef& op, const ZanImage& src, const std::vector<std::string>& words,
+                      const ZanImage* other = nullptr);
 
 }  // namespace zanpx
