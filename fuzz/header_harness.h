@@ -16,6 +16,7 @@
 #pragma once
 #include <algorithm>
 #include <climits>
+#include <cmath>
 #include <cstdlib>
 #include <cstdint>
 #include <cstring>
@@ -189,6 +190,28 @@ public:
         return pixel_;
     }
     float* where() { return in_.below(8) ? &floats_[in_.below(2)] : nullptr; }
+    double d() {
+        static const double kDoubles[] = {0.0, 1.0, -1.0, 0.5, 2.0, 3.7, -45.0, 1e9, -1e9, 1e300, -1e-300,
+                                          INFINITY, -INFINITY, NAN};
+        return in_.below(2) ? double(in_.byte()) - 64.0 : in_.of(kDoubles);
+    }
+    // Sixteen coefficients, or none; rows of N for the warps' matrices.
+    const double* doubles() {
+        for (double& v : doubles_) v = d();
+        return in_.below(8) ? doubles_ : nullptr;
+    }
+    template <int N>
+    const double (*rows())[N] { return reinterpret_cast<const double(*)[N]>(doubles()); }
+    // Room for results of up to sixteen doubles, or none.
+    double* out() { return in_.below(8) ? results_ : nullptr; }
+    template <int N>
+    double (*outRows())[N] { return reinterpret_cast<double(*)[N]>(out()); }
+    ZanMomentState* moments() {
+        double* m = reinterpret_cast<double*>(&moments_);
+        for (size_t k = 0; k < sizeof moments_ / sizeof(double); ++k) m[k] = d();
+        return in_.below(8) ? &moments_ : nullptr;
+    }
+
     // Sixteen matrix entries, or none.
     int* twistData() {
         for (int& v : twist_.data) v = i();
@@ -380,6 +403,8 @@ private:
     unsigned char pixel_[64 * 4] = {};
     float floats_[2] = {};
     ZanColorTwist twist_{};
+    double doubles_[16] = {}, results_[16] = {};
+    ZanMomentState moments_{};
     float twistFP_[16] = {};
     std::vector<ZanLUT*> lutPointers_;
     std::vector<ZanLUT> lutRecords_;
@@ -469,6 +494,10 @@ inline void jaehne(Scene& s) {
     int depth = s.depth();
     std::pair<int, int> size = s.sides(depth);
     drop(zanCreateImageJaehne(depth, size.first, size.second));
+}
+
+inline void decimateExt(Scene& s) {
+    zanDecimateExt(s.img(), s.img(), s.i(), s.i(), s.i(), s.i(), s.i(), s.i(), s.i());
 }
 
 inline void compositeC(Scene& s) {
@@ -600,6 +629,42 @@ inline const std::vector<Export>& exports() {
         ZANFUZZ_EXPORT(zanComputeHisto, ZanImage* im = s.img(); zanComputeHisto(im, s.luts(im))),
         ZANFUZZ_EXPORT(zanContrastStretch, ZanImage* im = s.img(); zanContrastStretch(im, s.img(), s.luts(im))),
         ZANFUZZ_EXPORT(zanHistoEqualize, ZanImage* im = s.img(); zanHistoEqualize(im, s.img(), s.luts(im))),
+        ZANFUZZ_EXPORT(zanRealFft2D, zanRealFft2D(s.img(), s.img(), s.i())),
+        ZANFUZZ_EXPORT(zanCcsFft2D, zanCcsFft2D(s.img(), s.img(), s.i())),
+        ZANFUZZ_EXPORT(zanMpyRCPack2D, zanMpyRCPack2D(s.img(), s.img(), s.img())),
+        ZANFUZZ_EXPORT(zanDCT2D, zanDCT2D(s.img(), s.img(), s.i())),
+        ZANFUZZ_EXPORT(zanMoments, zanMoments(s.img(), s.moments())),
+        ZANFUZZ_EXPORT(zanGetSpatialMoment, zanGetSpatialMoment(s.moments(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanGetCentralMoment, zanGetCentralMoment(s.moments(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanGetNormalizedSpatialMoment, zanGetNormalizedSpatialMoment(s.moments(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanGetNormalizedCentralMoment, zanGetNormalizedCentralMoment(s.moments(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanSpatialMoment, zanSpatialMoment(s.img(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanCentralMoment, zanCentralMoment(s.img(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanNormalizedSpatialMoment, zanNormalizedSpatialMoment(s.img(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanNormalizedCentralMoment, zanNormalizedCentralMoment(s.img(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanZoom, zanZoom(s.img(), s.img(), s.i(), s.i(), s.i(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanDecimate, zanDecimate(s.img(), s.img(), s.i(), s.i(), s.i(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanResize, zanResize(s.img(), s.img(), s.i(), s.i(), s.i(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanDecimateExt, decimateExt(s)),
+        ZANFUZZ_EXPORT(zanWarpAffine, zanWarpAffine(s.img(), s.img(), s.rows<3>(), s.i())),
+        ZANFUZZ_EXPORT(zanWarpBilinear, zanWarpBilinear(s.img(), s.img(), s.rows<4>(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanWarpBilinearQ, zanWarpBilinearQ(s.img(), s.img(), s.rows<2>(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanWarpPerspective, zanWarpPerspective(s.img(), s.img(), s.rows<3>(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanWarpPerspectiveQ, zanWarpPerspectiveQ(s.img(), s.img(), s.rows<2>(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanGetAffineQuad, zanGetAffineQuad(s.img(), s.doubles(), s.outRows<2>())),
+        ZANFUZZ_EXPORT(zanGetBilinearQuad, zanGetBilinearQuad(s.img(), s.doubles(), s.outRows<2>())),
+        ZANFUZZ_EXPORT(zanGetPerspectiveQuad, zanGetPerspectiveQuad(s.img(), s.doubles(), s.outRows<2>())),
+        ZANFUZZ_EXPORT(zanGetAffineBound, zanGetAffineBound(s.img(), s.doubles(), s.outRows<2>())),
+        ZANFUZZ_EXPORT(zanGetBilinearBound, zanGetBilinearBound(s.img(), s.doubles(), s.outRows<2>())),
+        ZANFUZZ_EXPORT(zanGetPerspectiveBound, zanGetPerspectiveBound(s.img(), s.doubles(), s.outRows<2>())),
+        ZANFUZZ_EXPORT(zanGetAffineTransform, zanGetAffineTransform(s.img(), s.outRows<3>(), s.rows<2>())),
+        ZANFUZZ_EXPORT(zanGetBilinearTransform, zanGetBilinearTransform(s.img(), s.out(), s.rows<2>())),
+        ZANFUZZ_EXPORT(zanGetPerspectiveTransform, zanGetPerspectiveTransform(s.img(), s.out(), s.rows<2>())),
+        ZANFUZZ_EXPORT(zanRotate, zanRotate(s.img(), s.img(), s.d(), s.d(), s.d(), s.i())),
+        ZANFUZZ_EXPORT(zanShear, zanShear(s.img(), s.img(), s.d(), s.d(), s.d(), s.d(), s.i())),
+        ZANFUZZ_EXPORT(zanGetRotateShift, zanGetRotateShift(s.d(), s.d(), s.d(), s.out(), s.out())),
+        ZANFUZZ_EXPORT(zanRemap, zanRemap(s.img(), s.img(), s.img(), s.img(), s.i())),
+        ZANFUZZ_EXPORT(zanMirror, zanMirror(s.img(), s.img(), s.i())),
     };
     return table;
 }
