@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "kernels/binary_rows.h"
+#include "peers.h"
 #include "zanpx.h"
 
 namespace {
@@ -82,5 +83,24 @@ void BM_Memcpy(benchmark::State& state) {
     report(state);
 }
 BENCHMARK(BM_Memcpy)->Name("memcpy");
+
+#ifdef ZANPX_HAVE_OPENCV
+// The same three calls of OpenCV on the same bytes.
+template <int Which>
+void BM_OpenCv(benchmark::State& state) {
+    Frames& f = frames();
+    cv::Mat a = zanbench::asMat(f.a.im), b = zanbench::asMat(f.b.im), d = zanbench::asMat(f.d.im);
+    for (auto _ : state) {
+        if (Which == 0) cv::add(a, b, d);
+        if (Which == 1) cv::subtract(a, b, d);
+        if (Which == 2) cv::bitwise_and(a, b, d);
+        benchmark::ClobberMemory();
+    }
+    report(state);
+}
+BENCHMARK(BM_OpenCv<0>)->Name("opencv add");
+BENCHMARK(BM_OpenCv<1>)->Name("opencv subtract");
+BENCHMARK(BM_OpenCv<2>)->Name("opencv and");
+#endif
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "peers.h"
 #include "zanpx.h"
 
 namespace {
@@ -67,6 +68,19 @@ void BM_Copy_memcpy(benchmark::State& state) {
     }
     setBytes(state, p);
 }
+
+#ifdef ZANPX_HAVE_OPENCV
+void BM_Copy_opencv(benchmark::State& state) {
+    Pair p;
+    cv::Mat s = zanbench::asMat(p.src), d = zanbench::asMat(p.dst);
+    for (auto _ : state) {
+        s.copyTo(d);
+        benchmark::ClobberMemory();
+    }
+    setBytes(state, p);
+}
+BENCHMARK(BM_Copy_opencv);
+#endif
 
 }  // namespace
 

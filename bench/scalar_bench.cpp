@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "kernels/scalar_kernels.h"
+#include "peers.h"
 #include "zanpx.h"
 
 namespace {
@@ -97,6 +98,31 @@ void BM_LessS_memcpy(benchmark::State& state) {
     }
     setBytes(state, im);
 }
+
+#ifdef ZANPX_HAVE_OPENCV
+void BM_AddS_opencv(benchmark::State& state) {
+    Images im(ZAN_DEPTH_8U, 3);
+    cv::Mat s = zanbench::asMat(im.src), d = zanbench::asMat(im.dst);
+    for (auto _ : state) {
+        cv::add(s, cv::Scalar(40, 40, 40), d);
+        benchmark::ClobberMemory();
+    }
+    setBytes(state, im);
+}
+BENCHMARK(BM_AddS_opencv);
+
+// OpenCV answers with a byte per pixel where the library packs bits.
+void BM_LessS_opencv(benchmark::State& state) {
+    Images im(ZAN_DEPTH_1U, 1);
+    cv::Mat s = zanbench::asMat(im.src), d(kHeight, kWidth, CV_8U);
+    for (auto _ : state) {
+        cv::compare(s, 100, d, cv::CMP_LT);
+        benchmark::ClobberMemory();
+    }
+    setBytes(state, im);
+}
+BENCHMARK(BM_LessS_opencv);
+#endif
 
 }  // namespace
 

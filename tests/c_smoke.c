@@ -4,6 +4,10 @@
 
 #include <zanpx.h>
 
+/* Hosts built for 32-bit Windows lay the header out in 112 bytes: every
+   32-bit build must agree with them. */
+typedef char zan_image_is_112_bytes_on_32_bit[(sizeof(void*) != 4 || sizeof(ZanImage) == 112) ? 1 : -1];
+
 int main(void) {
     ZanImage* img;
     ZanImage* clone;

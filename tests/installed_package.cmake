@@ -16,6 +16,7 @@ if(rc)
 endif()
 separate_arguments(flags UNIX_COMMAND "${flags}")
 set(exe ${prefix}/c_smoke)
+string(REPLACE "|" ";" EXTRA "${EXTRA}")
 execute_process(COMMAND ${CC} -std=c99 -Wall -Werror ${EXTRA} ${SOURCE_DIR}/c_smoke.c ${flags} -o ${exe}
                 RESULT_VARIABLE rc)
 if(rc)

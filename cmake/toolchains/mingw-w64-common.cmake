@@ -14,8 +14,9 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "-static")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
 
-# Test programs run under Wine unless the caller names another runner.
-if(NOT CMAKE_CROSSCOMPILING_EMULATOR)
+# Test programs run under Wine unless the caller names another runner or says
+# that this Wine cannot run them (ZANPX_NO_WINE: 64-bit Wine and a 32-bit build).
+if(NOT CMAKE_CROSSCOMPILING_EMULATOR AND NOT ZANPX_NO_WINE)
   find_program(ZANPX_WINE wine)
   if(ZANPX_WINE)
     set(CMAKE_CROSSCOMPILING_EMULATOR ${ZANPX_WINE})
