@@ -63,8 +63,8 @@ BoxFilter::BoxFilter(const Rows& rows, kern::Isa isa)
     innerBytes_ = n * (inner_ == Inner::I16 ? 2 : inner_ == Inner::I32 ? 4 : 8);
 }
 
-void BoxFilter::horizontal(const void* ext, void* inner) {
-    const int n = shape_.samples(), C = shape_.channels;
+void BoxFilter::horizontal(const void* ext, void* inner, int n) {
+    const int C = shape_.channels;
     if (row_.fn) return row_.fn(&ext, ones_.taps(), row_.post, inner, 0, n);
     bySample(shape_.depth, [&](auto sample) {
         using T = decltype(sample);

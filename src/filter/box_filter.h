@@ -15,7 +15,7 @@ class BoxFilter : public RowFilter {
 public:
     BoxFilter(const Rows& rows, kern::Isa isa);
     size_t innerBytes() const override { return innerBytes_; }
-    void horizontal(const void* ext, void* inner) override;
+    void horizontal(const void* ext, void* inner, int count) override;
     void vertical(const void* const* rows, const void* leaving, void* out) override;
 
 private:

@@ -165,8 +165,7 @@ SeparableFilter::SeparableFilter(const Rows& rows, std::vector<float> xk, std::v
     row_.fn = col_.fn = kern::linearRow(kern::Lin::F32, isa);
 }
 
-void SeparableFilter::horizontal(const void* ext, void* inner) {
-    const int n = shape_.samples();
+void SeparableFilter::horizontal(const void* ext, void* inner, int n) {
     if (row_.fn) return row_.fn(&ext, x_.taps(), row_.post, inner, 0, n);
     bySample(shape_.depth, [&](auto sample) {
         using T = decltype(sample);

@@ -59,7 +59,7 @@ public:
     SeparableFilter(const Rows& rows, std::vector<float> xk, std::vector<float> yk, kern::Isa isa);
 
     size_t innerBytes() const override { return innerBytes_; }
-    void horizontal(const void* ext, void* inner) override;
+    void horizontal(const void* ext, void* inner, int count) override;
     void vertical(const void* const* rows, const void* leaving, void* out) override;
 
 private:

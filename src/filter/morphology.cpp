@@ -6,27 +6,67 @@
 
 #include "core/buffer.h"
 #include "core/check.h"
-#include "core/point_checks.h"
 #include "core/frame.h"
+#include "core/point_checks.h"
+#include "filter/filters.h"
 #include "filter/rank_filters.h"
 #include "filter/run_filter.h"
-#include "kernels/cpu.h"
 
+namespace zan {
+namespace filter {
 namespace {
 
-using namespace zan;
-using namespace zan::filter;
-
-enum class Morph { Erode, Dilate, Open, Close };
-
-bool pass(const Op& op, ZanImage* src, ZanImage* dst, int radius, bool max) {
-    const kern::Isa isa = kern::bestIsa();
+bool pass(const Op& op, ZanImage* src, ZanImage* dst, int radius, bool max, kern::Isa isa) {
     const int64_t side = 2 * int64_t(radius) + 1;
     return runFilter(op, src, dst, side, side, radius, radius, "Out of memory",
                      [&](const Rows& rows) { return RankFilter(rows, max, isa); });
 }
 
-void morph(const Op& op, ZanImage* src, ZanImage* dst, int nIterations, Morph m) {
+}  // namespace
+
+bool morphology(const Op& op, ZanImage* src, ZanImage* dst, int radius, Morph m, kern::Isa isa) {
+    if (m == Morph::Erode || m == Morph::Dilate) return pass(op, src, dst, radius, m == Morph::Dilate, isa);
+    try {
+        // The first result, of the common size: the second pass reads it as
+        // an image with the source's borders and writes through both masks.
+        UnaryImages pair(src, dst);
+        PointFrame frame(op, pair.images, 2);
+        if (!frame.begin()) return !frame.failed();
+        const int count = effectiveChannels(dst);
+        if (count == 0) return true;
+        char none[] = "";
+        TempImage temp(zanCreateImageHeader(count, 0, src->depth, none, none, ZAN_DATA_ORDER_PIXEL, src->origin, 4,
+                                            frame.width(), frame.height(), nullptr, nullptr, nullptr, nullptr),
+                       ZAN_IMAGE_HEADER | ZAN_IMAGE_DATA);
+        if (temp) zanAllocateImage(temp.get(), 0, 0);
+        if (!temp || !temp->imageData) {
+            ZAN_FAIL(op, ZAN_StsNoMem, "Out of memory");
+            return false;
+        }
+        std::copy(src->borderMode, src->borderMode + 4, temp->borderMode);
+        std::copy(src->borderValue, src->borderValue + 4, temp->borderValue);
+        ZanImage first = *src;
+        first.maskROI = nullptr;
+        if (!pass(op, &first, temp.get(), radius, m == Morph::Close, isa)) return false;
+        temp->maskROI = src->maskROI;
+        const bool ok = pass(op, temp.get(), dst, radius, m == Morph::Open, isa);
+        temp->maskROI = nullptr;
+        return ok;
+    } catch (...) {
+        ZAN_FAIL(op, ZAN_StsNoMem, "Out of memory");
+        return false;
+    }
+}
+
+}  // namespace filter
+}  // namespace zan
+
+namespace {
+
+using namespace zan;
+using filter::Morph;
+
+void checked(const Op& op, ZanImage* src, ZanImage* dst, int nIterations, Morph m) {
     zanSetErrStatus(ZAN_StsOk);
     for (ZanImage* im : {src, dst}) {
         const ZanStatus s = checkImage(im);
@@ -49,38 +89,7 @@ void morph(const Op& op, ZanImage* src, ZanImage* dst, int nIterations, Morph m)
     }
     // Past the image's size a larger square reads nothing new.
     const int radius = std::min(nIterations, std::max(src->width, src->height));
-    if (m == Morph::Erode || m == Morph::Dilate) {
-        pass(op, src, dst, radius, m == Morph::Dilate);
-        return;
-    }
-    try {
-        // The first result, of the common size: the second pass reads it as
-        // an image with the source's borders and writes through both masks.
-        UnaryImages pair(src, dst);
-        PointFrame frame(op, pair.images, 2);
-        if (!frame.begin()) return;
-        const int count = effectiveChannels(dst);
-        if (count == 0) return;
-        char model[] = "", seq[] = "";
-        TempImage temp(zanCreateImageHeader(count, 0, src->depth, model, seq, ZAN_DATA_ORDER_PIXEL, src->origin, 4,
-                                            frame.width(), frame.height(), nullptr, nullptr, nullptr, nullptr),
-                       ZAN_IMAGE_HEADER | ZAN_IMAGE_DATA);
-        if (temp) zanAllocateImage(temp.get(), 0, 0);
-        if (!temp || !temp->imageData) {
-            ZAN_FAIL(op, ZAN_StsNoMem, "Out of memory");
-            return;
-        }
-        std::copy(src->borderMode, src->borderMode + 4, temp->borderMode);
-        std::copy(src->borderValue, src->borderValue + 4, temp->borderValue);
-        ZanImage first = *src;
-        first.maskROI = nullptr;
-        if (!pass(op, &first, temp.get(), radius, m == Morph::Close)) return;
-        temp->maskROI = src->maskROI;
-        pass(op, temp.get(), dst, radius, m == Morph::Open);
-        temp->maskROI = nullptr;
-    } catch (...) {
-        ZAN_FAIL(op, ZAN_StsNoMem, "Out of memory");
-    }
+    filter::morphology(op, src, dst, radius, m, kern::bestIsa());
 }
 
 }  // namespace
@@ -88,19 +97,19 @@ void morph(const Op& op, ZanImage* src, ZanImage* dst, int nIterations, Morph m)
 extern "C" {
 
 ZAN_API void ZAN_STDCALL zanErode(ZanImage* srcImage, ZanImage* dstImage, int nIterations) {
-    morph({"zanErode", "ownMorph"}, srcImage, dstImage, nIterations, Morph::Erode);
+    checked({"zanErode", "ownMorph"}, srcImage, dstImage, nIterations, Morph::Erode);
 }
 
 ZAN_API void ZAN_STDCALL zanDilate(ZanImage* srcImage, ZanImage* dstImage, int nIterations) {
-    morph({"zanDilate", "ownMorph"}, srcImage, dstImage, nIterations, Morph::Dilate);
+    checked({"zanDilate", "ownMorph"}, srcImage, dstImage, nIterations, Morph::Dilate);
 }
 
 ZAN_API void ZAN_STDCALL zanOpen(ZanImage* srcImage, ZanImage* dstImage, int nIterations) {
-    morph({"zanOpen", "ownMorph"}, srcImage, dstImage, nIterations, Morph::Open);
+    checked({"zanOpen", "ownMorph"}, srcImage, dstImage, nIterations, Morph::Open);
 }
 
 ZAN_API void ZAN_STDCALL zanClose(ZanImage* srcImage, ZanImage* dstImage, int nIterations) {
-    morph({"zanClose", "ownMorph"}, srcImage, dstImage, nIterations, Morph::Close);
+    checked({"zanClose", "ownMorph"}, srcImage, dstImage, nIterations, Morph::Close);
 }
 
 }  // extern "C"

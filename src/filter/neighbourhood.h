@@ -56,7 +56,10 @@ public:
     // Bytes of a row of the horizontal stage; 0 when there is none and the
     // vertical stage reads the extended source rows.
     virtual size_t innerBytes() const { return 0; }
-    virtual void horizontal(const void* ext, void* inner) {}
+    // count samples of a row of the horizontal stage, the first from the
+    // extended row at ext (the engine may hand a row over in pieces, reading
+    // the image's own pixels where the window lies inside it).
+    virtual void horizontal(const void* ext, void* inner, int count) {}
     // Called before each pass over the rectangle.
     virtual void start() {}
     // An output row from the kh rows of its window (rows[0] the top), given

@@ -5,73 +5,15 @@
 
 #include "core/check.h"
 #include "core/frame.h"
+#include "filter/filters.h"
 #include "filter/linear_filters.h"
 #include "filter/rank_filters.h"
 #include "filter/run_filter.h"
 #include "kernels/cpu.h"
 
+namespace zan {
+namespace filter {
 namespace {
-
-using namespace zan;
-using namespace zan::filter;
-
-const char* const kFile = "zannlf";
-
-enum class Kind { Max, Min, Median, Fixed };
-
-// The checks shared by the four, in their order. Each returns the failed
-// step's number after reporting, 0 when all passed; the channel checks report
-// with channelStatus and go on, then the thread's status decides.
-int commonChecks(const Op& op, ZanImage* src, ZanImage* dst, Kind kind, int nCols, int nRows, int anchorX,
-                 int anchorY, ZanStatus channelStatus) {
-    for (ZanImage* im : {src, dst}) {
-        const ZanStatus s = checkImage(im);
-        if (s < 0) {
-            ZAN_FAIL(op, s, "Incorrect Image");
-            return 1;
-        }
-    }
-    const bool fixed = kind == Kind::Fixed;
-    const struct {
-        int step;
-        bool failed;
-        const char* text;
-    } steps[] = {
-        {2, !fixed && (anchorX >= nCols || anchorX < 0), "(anchorX>=nCols)||(anchorX<0)"},
-        {3, !fixed && (anchorY >= nRows || anchorY < 0), "(anchorY>=nRows)||(anchorY<0)"},
-        {4, src == dst, "(srcImage==dstImage)"},
-        {5, src->depth != dst->depth, "srcImage->depth!=dstImage->depth"},
-        {6, !fixed && src->depth == ZAN_DEPTH_32F, "srcImage->depth==32"},
-        {7, src->nChannels != dst->nChannels, "srcImage->nChannels!=dstImage->nChannels"},
-        {8, src->alphaChannel != dst->alphaChannel, "srcImage->alphaChannel!=dstImage->alphaChannel"},
-        {9, !fixed && src->alphaChannel != 0 && src->alphaChannel != src->nChannels,
-         "(srcImage->alphaChannel!=0)&&(srcImage->alphaChannel!=srcImage->nChannels)"},
-        {10, src->depth != ZAN_DEPTH_1U && src->dataOrder != dst->dataOrder, "srcImage->dataOrder!=dstImage->dataOrder"},
-    };
-    for (const auto& s : steps)
-        if (s.failed) {
-            ZAN_FAIL(op, ZAN_StsBadArg, s.text);
-            return s.step;
-        }
-    if (src->roi && src->roi->coi > src->nChannels)
-        ZAN_FAIL(op, channelStatus, "Interst Channel of input Image more number of channels.");
-    if (dst->roi && dst->roi->coi > dst->nChannels)
-        ZAN_FAIL(op, channelStatus, "Interst Channel of output Image more number of channels.");
-    if (effectiveChannels(src) != effectiveChannels(dst))
-        ZAN_FAIL(op, channelStatus, "Number of interset channel input and output Image is not equal.");
-    return zanGetErrStatus() < 0 ? 11 : 0;
-}
-
-void rankFilter(const Op& op, ZanImage* src, ZanImage* dst, int nCols, int nRows, int anchorX, int anchorY,
-                Kind kind) {
-    if (commonChecks(op, src, dst, kind, nCols, nRows, anchorX, anchorY, ZAN_StsBadArg) != 0) return;
-    if (effectiveChannels(dst) == 0) return;
-    const kern::Isa isa = kern::bestIsa();
-    runFilter(op, src, dst, nCols, nRows, anchorX, anchorY, "Allocation failure", [&](const Rows& rows) {
-        if (kind == Kind::Median) return std::unique_ptr<RowFilter>(new MedianFilter(rows, isa));
-        return std::unique_ptr<RowFilter>(new RankFilter(rows, kind == Kind::Max, isa));
-    });
-}
 
 // The fixed filters as correlation masks with the anchor in the middle, the
 // separable ones also as a row and a column; the sum is divided by 2^shift to
@@ -131,9 +73,83 @@ std::unique_ptr<RowFilter> makeFixed(const Rows& rows, int filter, kern::Isa isa
     return std::unique_ptr<RowFilter>(new LinearFilter(rows, {w}, ZAN_SUM, isa));
 }
 
+}  // namespace
+
+bool rank(const Op& op, ZanImage* src, ZanImage* dst, int nCols, int nRows, int anchorX, int anchorY, Rank kind,
+          kern::Isa isa) {
+    return runFilter(op, src, dst, nCols, nRows, anchorX, anchorY, "Allocation failure", [&](const Rows& rows) {
+        if (kind == Rank::Median) return std::unique_ptr<RowFilter>(new MedianFilter(rows, isa));
+        return std::unique_ptr<RowFilter>(new RankFilter(rows, kind == Rank::Max, isa));
+    });
+}
+
+bool fixed(const Op& op, ZanImage* src, ZanImage* dst, int filter, kern::Isa isa) {
+    const int side = fixedFilter(filter).side;
+    return runFilter(op, src, dst, side, side, side / 2, side / 2, "Allocation failure",
+                     [&](const Rows& rows) { return makeFixed(rows, filter, isa); });
+}
+
+}  // namespace filter
+}  // namespace zan
+
+namespace {
+
+using namespace zan;
+
+const char* const kFile = "zannlf";
+
+// The checks shared by the four, in their order. Each returns the failed
+// step's number after reporting, 0 when all passed; the channel checks report
+// with channelStatus and go on, then the thread's status decides.
+int commonChecks(const Op& op, ZanImage* src, ZanImage* dst, bool fixed, int nCols, int nRows, int anchorX,
+                 int anchorY, ZanStatus channelStatus) {
+    for (ZanImage* im : {src, dst}) {
+        const ZanStatus s = checkImage(im);
+        if (s < 0) {
+            ZAN_FAIL(op, s, "Incorrect Image");
+            return 1;
+        }
+    }
+    const struct {
+        int step;
+        bool failed;
+        const char* text;
+    } steps[] = {
+        {2, !fixed && (anchorX >= nCols || anchorX < 0), "(anchorX>=nCols)||(anchorX<0)"},
+        {3, !fixed && (anchorY >= nRows || anchorY < 0), "(anchorY>=nRows)||(anchorY<0)"},
+        {4, src == dst, "(srcImage==dstImage)"},
+        {5, src->depth != dst->depth, "srcImage->depth!=dstImage->depth"},
+        {6, !fixed && src->depth == ZAN_DEPTH_32F, "srcImage->depth==32"},
+        {7, src->nChannels != dst->nChannels, "srcImage->nChannels!=dstImage->nChannels"},
+        {8, src->alphaChannel != dst->alphaChannel, "srcImage->alphaChannel!=dstImage->alphaChannel"},
+        {9, !fixed && src->alphaChannel != 0 && src->alphaChannel != src->nChannels,
+         "(srcImage->alphaChannel!=0)&&(srcImage->alphaChannel!=srcImage->nChannels)"},
+        {10, src->depth != ZAN_DEPTH_1U && src->dataOrder != dst->dataOrder, "srcImage->dataOrder!=dstImage->dataOrder"},
+    };
+    for (const auto& s : steps)
+        if (s.failed) {
+            ZAN_FAIL(op, ZAN_StsBadArg, s.text);
+            return s.step;
+        }
+    if (src->roi && src->roi->coi > src->nChannels)
+        ZAN_FAIL(op, channelStatus, "Interst Channel of input Image more number of channels.");
+    if (dst->roi && dst->roi->coi > dst->nChannels)
+        ZAN_FAIL(op, channelStatus, "Interst Channel of output Image more number of channels.");
+    if (effectiveChannels(src) != effectiveChannels(dst))
+        ZAN_FAIL(op, channelStatus, "Number of interset channel input and output Image is not equal.");
+    return zanGetErrStatus() < 0 ? 11 : 0;
+}
+
+void rankFilter(const Op& op, ZanImage* src, ZanImage* dst, int nCols, int nRows, int anchorX, int anchorY,
+                filter::Rank kind) {
+    if (commonChecks(op, src, dst, false, nCols, nRows, anchorX, anchorY, ZAN_StsBadArg) != 0) return;
+    if (effectiveChannels(dst) == 0) return;
+    filter::rank(op, src, dst, nCols, nRows, anchorX, anchorY, kind, kern::bestIsa());
+}
+
 ZanStatus fixed(ZanImage* src, ZanImage* dst, int filter) {
     const Op op{"zanFixedFilter", kFile};
-    const int step = commonChecks(op, src, dst, Kind::Fixed, 0, 0, 0, 0, ZAN_StsBadCOI);
+    const int step = commonChecks(op, src, dst, true, 0, 0, 0, 0, ZAN_StsBadCOI);
     if (step >= 4 && step <= 10) return ZAN_StsBackTrace;
     if (step != 0) return zanGetErrStatus();
     if (effectiveChannels(dst) == 0) return ZAN_StsOk;
@@ -141,12 +157,7 @@ ZanStatus fixed(ZanImage* src, ZanImage* dst, int filter) {
         ZAN_FAIL(op, ZAN_StsBadArg, "Unknow filter.");
         return zanGetErrStatus();
     }
-    const int side = fixedFilter(filter).side;
-    const kern::Isa isa = kern::bestIsa();
-    if (!runFilter(op, src, dst, side, side, side / 2, side / 2, "Allocation failure",
-                   [&](const Rows& rows) { return makeFixed(rows, filter, isa); }))
-        return zanGetErrStatus();
-    return ZAN_StsOk;
+    return filter::fixed(op, src, dst, filter, kern::bestIsa()) ? ZAN_StsOk : zanGetErrStatus();
 }
 
 }  // namespace
@@ -155,17 +166,17 @@ extern "C" {
 
 ZAN_API void ZAN_STDCALL zanMaxFilter(ZanImage* srcImage, ZanImage* dstImage, int nCols, int nRows, int anchorX,
                                       int anchorY) {
-    rankFilter({"zanMaxFilter", kFile}, srcImage, dstImage, nCols, nRows, anchorX, anchorY, Kind::Max);
+    rankFilter({"zanMaxFilter", kFile}, srcImage, dstImage, nCols, nRows, anchorX, anchorY, filter::Rank::Max);
 }
 
 ZAN_API void ZAN_STDCALL zanMinFilter(ZanImage* srcImage, ZanImage* dstImage, int nCols, int nRows, int anchorX,
                                       int anchorY) {
-    rankFilter({"zanMinFilter", kFile}, srcImage, dstImage, nCols, nRows, anchorX, anchorY, Kind::Min);
+    rankFilter({"zanMinFilter", kFile}, srcImage, dstImage, nCols, nRows, anchorX, anchorY, filter::Rank::Min);
 }
 
 ZAN_API void ZAN_STDCALL zanMedianFilter(ZanImage* srcImage, ZanImage* dstImage, int nCols, int nRows, int anchorX,
                                          int anchorY) {
-    rankFilter({"zanMedianFilter", kFile}, srcImage, dstImage, nCols, nRows, anchorX, anchorY, Kind::Median);
+    rankFilter({"zanMedianFilter", kFile}, srcImage, dstImage, nCols, nRows, anchorX, anchorY, filter::Rank::Median);
 }
 
 ZAN_API ZanStatus ZAN_STDCALL zanFixedFilter(ZanImage* srcImage, ZanImage* dstImage, int filter) {

@@ -12,7 +12,7 @@ namespace {
 // Up to these sizes the vector kernels compare sample by sample; beyond,
 // van Herk / Gil-Werman's constant cost wins.
 constexpr int kDirectAlong = 64;
-constexpr int kDirectDown = 8;
+constexpr int kDirectDown = 4;
 
 template <class T, bool Max>
 T pickOf(T a, T b) {
@@ -64,8 +64,8 @@ RankFilter::RankFilter(const Rows& rows, bool max, kern::Isa isa)
     }
 }
 
-void RankFilter::horizontal(const void* ext, void* inner) {
-    const int n = shape_.samples(), kw = shape_.win.kw;
+void RankFilter::horizontal(const void* ext, void* inner, int n) {
+    const int kw = shape_.win.kw;
     if (kw <= kDirectAlong) return along_(ext, shape_.channels, kw, inner, 0, n);
     bySample(shape_.depth, [&](auto sample) {
         using T = decltype(sample);

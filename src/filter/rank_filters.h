@@ -21,7 +21,7 @@ class RankFilter : public RowFilter {
 public:
     RankFilter(const Rows& rows, bool max, kern::Isa isa);
     size_t innerBytes() const override { return size_t(shape_.samples()) * bytes_; }
-    void horizontal(const void* ext, void* inner) override;
+    void horizontal(const void* ext, void* inner, int count) override;
     void start() override { row_ = 0; }
     void vertical(const void* const* rows, const void* leaving, void* out) override;
 

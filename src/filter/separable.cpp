@@ -3,14 +3,53 @@
 #include "core/check.h"
 #include "core/frame.h"
 #include "filter/box_filter.h"
+#include "filter/filters.h"
 #include "filter/linear_filters.h"
 #include "filter/run_filter.h"
 #include "kernels/cpu.h"
 
+namespace zan {
+namespace filter {
+namespace {
+
+template <class K>
+bool separableWith(const Op& op, ZanImage* src, ZanImage* dst, const K* xk, const K* yk, kern::Isa isa) {
+    return runFilter(op, src, dst, xk ? xk->nCols : 1, yk ? yk->nRows : 1, xk ? xk->anchorX : 0,
+                     yk ? yk->anchorY : 0, "Allocation failure", [&](const Rows& rows) {
+                         using V = std::remove_pointer_t<decltype(K::values)>;
+                         std::vector<V> x, y;
+                         if (xk) x.assign(xk->values, xk->values + xk->nCols);
+                         if (yk) y.assign(yk->values, yk->values + yk->nRows);
+                         if constexpr (std::is_same_v<V, float>)
+                             return SeparableFilter(rows, std::move(x), std::move(y), isa);
+                         else
+                             return SeparableFilter(rows, std::move(x), xk ? xk->nShiftR : 0, std::move(y),
+                                                    yk ? yk->nShiftR : 0, false, isa);
+                     });
+}
+
+}  // namespace
+
+bool separable(const Op& op, ZanImage* src, ZanImage* dst, const ZanConvKernel* x, const ZanConvKernel* y,
+               kern::Isa isa) {
+    return separableWith(op, src, dst, x, y, isa);
+}
+bool separable(const Op& op, ZanImage* src, ZanImage* dst, const ZanConvKernelFP* x, const ZanConvKernelFP* y,
+               kern::Isa isa) {
+    return separableWith(op, src, dst, x, y, isa);
+}
+
+bool blur(const Op& op, ZanImage* src, ZanImage* dst, int nCols, int nRows, int anchorX, int anchorY, kern::Isa isa) {
+    return runFilter(op, src, dst, nCols, nRows, anchorX, anchorY, "Allocation failure",
+                     [&](const Rows& rows) { return BoxFilter(rows, isa); });
+}
+
+}  // namespace filter
+}  // namespace zan
+
 namespace {
 
 using namespace zan;
-using namespace zan::filter;
 
 // The channels a separable pass counts: 1 with a channel of interest, else all.
 int counted(const ZanImage* im) { return im->roi && im->roi->coi ? 1 : im->nChannels; }
@@ -54,19 +93,7 @@ ZanStatus separable(const char* name, ZanImage* src, ZanImage* dst, K* xk, K* yk
         return zanGetErrStatus();
     }
 
-    const kern::Isa isa = kern::bestIsa();
-    runFilter(op, src, dst, xk ? xk->nCols : 1, yk ? yk->nRows : 1, xk ? xk->anchorX : 0, yk ? yk->anchorY : 0,
-              "Allocation failure", [&](const Rows& rows) {
-                  using V = std::remove_pointer_t<decltype(K::values)>;
-                  std::vector<V> x, y;
-                  if (xk) x.assign(xk->values, xk->values + xk->nCols);
-                  if (yk) y.assign(yk->values, yk->values + yk->nRows);
-                  if constexpr (std::is_same_v<V, float>)
-                      return SeparableFilter(rows, std::move(x), std::move(y), isa);
-                  else
-                      return SeparableFilter(rows, std::move(x), xk ? xk->nShiftR : 0, std::move(y),
-                                             yk ? yk->nShiftR : 0, false, isa);
-              });
+    filter::separable(op, src, dst, xk, yk, kern::bestIsa());
     const ZanStatus status = zanGetErrStatus();
     if (status < 0) ZAN_FAIL((Op{name, "zanCSep2"}), ZAN_StsBackTrace, "Not enough memory");
     return status;
@@ -107,9 +134,7 @@ ZAN_API void ZAN_STDCALL zanBlur(ZanImage* srcImage, ZanImage* dstImage, int nCo
         ZAN_FAIL(op, ZAN_StsBadArg, fault);
         return;
     }
-    const kern::Isa isa = kern::bestIsa();
-    runFilter(op, srcImage, dstImage, nCols, nRows, anchorX, anchorY, "Allocation failure",
-              [&](const Rows& rows) { return BoxFilter(rows, isa); });
+    filter::blur(op, srcImage, dstImage, nCols, nRows, anchorX, anchorY, kern::bestIsa());
 }
 
 }  // extern "C"
