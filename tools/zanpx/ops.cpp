@@ -149,6 +149,8 @@ float Call::f(size_t k, float fallback) const {
     return v;
 }
 
+std::string Call::word(size_t k, const std::string& fallback) const { return k < args_.size() ? args_[k] : fallback; }
+
 int Call::dither(size_t k) const { return k < args_.size() ? ditherCode(args_[k]) : 1; }
 
 ZanImage* Call::image(size_t k) {

@@ -27,6 +27,8 @@ public:
     // Argument k as a number; `fallback` when it was not given.
     int i(size_t k, int fallback = 0) const;
     float f(size_t k, float fallback = 0) const;
+    // Argument k as given (for words such as fractions); `fallback` when it was not given.
+    std::string word(size_t k, const std::string& fallback = "") const;
     // Argument k as a dither method name (none, fs, sj1, sj2, ordered).
     int dither(size_t k) const;
     // An image argument: a BMP file in the source's format (the demo hands one in).
