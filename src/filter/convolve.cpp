@@ -2,12 +2,12 @@
 // so the caller sees a convolution) and their responses combined.
 #include <algorithm>
 
-#include "core/check.h"
 #include "core/frame.h"
 #include "filter/conv_kernel.h"
 #include "filter/filters.h"
 #include "filter/linear_filters.h"
 #include "filter/run_filter.h"
+#include "filter/scratch_image.h"
 
 namespace zan {
 namespace filter {
@@ -33,6 +33,9 @@ bool convolveWith(const Op& op, ZanImage* src, ZanImage* dst, K* const* kernels,
     }
     return runFilter(op, src, dst, left + right, top + bottom, int(left), int(top), "Allocation failure",
                      [&](const Rows& rows) {
+                         int64_t count = 0;
+                         for (int i = 0; i < n; ++i) count += int64_t(kernels[i]->nCols) * kernels[i]->nRows;
+                         checkedBytes(count * 16);  // weights and their taps
                          std::vector<Weights> weights(static_cast<size_t>(n));
                          for (int i = 0; i < n; ++i) {
                              Weights& w = weights[size_t(i)];
@@ -71,13 +74,7 @@ bool badOffsets(const ZanImage* im) {
 
 template <class K>
 void checked(const Op& op, ZanImage* src, ZanImage* dst, K** kernel, int nKernels, int method, bool fp) {
-    for (ZanImage* im : {src, dst}) {
-        const ZanStatus s = checkImage(im);
-        if (s < 0) {
-            ZAN_FAIL(op, s, "Incorrect Image");
-            return;
-        }
-    }
+    if (!filter::imagesSound(op, src, dst)) return;
     for (ZanImage* im : {src, dst})
         if (badOffsets(im)) {
             ZAN_FAIL(op, ZAN_StsBadOffset, "Bad ROI offsets");

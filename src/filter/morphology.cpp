@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "core/buffer.h"
-#include "core/check.h"
 #include "core/frame.h"
 #include "core/point_checks.h"
 #include "filter/filters.h"
@@ -68,13 +67,7 @@ using filter::Morph;
 
 void checked(const Op& op, ZanImage* src, ZanImage* dst, int nIterations, Morph m) {
     zanSetErrStatus(ZAN_StsOk);
-    for (ZanImage* im : {src, dst}) {
-        const ZanStatus s = checkImage(im);
-        if (s < 0) {
-            ZAN_FAIL(op, s, "Incorrect Image");
-            return;
-        }
-    }
+    if (!filter::imagesSound(op, src, dst)) return;
     const char* fault = nullptr;
     if (nIterations < 1) fault = "Illegal number of of iterations";
     else if (src->depth != ZAN_DEPTH_1U && src->depth != ZAN_DEPTH_8U && src->depth != ZAN_DEPTH_16U)

@@ -123,7 +123,7 @@ bool Neighbourhood::runPass(RowFilter& f, const Pass& pass) {
     // rows once per side, mapped rows once per image row they read.
     const int64_t Y0 = int64_t(sr.y) - win_.ay;
     const int nWin = h + kh - 1;
-    std::vector<const void*> at(size_t(nWin), nullptr);
+    std::vector<const void*> at(checkedBytes(int64_t(nWin) * int64_t(sizeof(void*))) / sizeof(void*), nullptr);
     std::map<int64_t, size_t> made;  // image row (or -1 - side) -> offset in `outside`
     std::vector<char> outside;
     std::vector<std::pair<int, size_t>> outsideRows;
@@ -136,7 +136,7 @@ bool Neighbourhood::runPass(RowFilter& f, const Pass& pass) {
         auto it = made.find(key);
         if (it == made.end()) {
             const size_t off = outside.size();
-            outside.resize(off + slotBytes);
+            outside.resize(checkedBytes(int64_t(off) + int64_t(slotBytes)));
             char* into = innerBytes ? ext.data() : outside.data() + off;
             if (to < 0) fillSamples(into, extW * C, B, constantBits(src.depth, src.borderValue[side]));
             else if (!source.extend(int(to), 0, extW, into)) return false;

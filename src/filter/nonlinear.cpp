@@ -3,7 +3,6 @@
 #include <cmath>
 #include <memory>
 
-#include "core/check.h"
 #include "core/frame.h"
 #include "filter/filters.h"
 #include "filter/linear_filters.h"
@@ -103,13 +102,7 @@ const char* const kFile = "zannlf";
 // with channelStatus and go on, then the thread's status decides.
 int commonChecks(const Op& op, ZanImage* src, ZanImage* dst, bool fixed, int nCols, int nRows, int anchorX,
                  int anchorY, ZanStatus channelStatus) {
-    for (ZanImage* im : {src, dst}) {
-        const ZanStatus s = checkImage(im);
-        if (s < 0) {
-            ZAN_FAIL(op, s, "Incorrect Image");
-            return 1;
-        }
-    }
+    if (!filter::imagesSound(op, src, dst)) return 1;
     const struct {
         int step;
         bool failed;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "filter/scratch_image.h"
 #include "filter/taps.h"
 
 namespace zan {
@@ -53,14 +54,14 @@ RankFilter::RankFilter(const Rows& rows, bool max, kern::Isa isa)
     : shape_(rows), max_(max), bytes_(sampleBytes(rows.depth)) {
     along_ = kern::rankRow(sampleKind(rows.depth), max, isa);
     down_ = kern::rankCols(sampleKind(rows.depth), max, isa);
-    const size_t n = size_t(rows.samples()) * size_t(bytes_);
+    const int64_t n = int64_t(rows.samples()) * bytes_;
     if (rows.win.kw > kDirectAlong) {
-        prefix_.resize(size_t(rows.extSamples()) * size_t(bytes_));
+        prefix_.resize(checkedBytes(int64_t(rows.extSamples()) * bytes_));
         suffix_.resize(prefix_.size());
     }
     if (rows.win.kh > kDirectDown) {
-        block_.resize(size_t(rows.win.kh) * n);
-        run_.resize(n);
+        block_.resize(checkedBytes(int64_t(rows.win.kh) * n));
+        run_.resize(checkedBytes(n));
     }
 }
 
@@ -109,9 +110,9 @@ MedianFilter::MedianFilter(const Rows& rows, kern::Isa isa) : shape_(rows) {
     const Window& w = rows.win;
     if (w.kw == w.kh && (w.kw == 3 || w.kw == 5)) {
         net_ = kern::medianRow(w.kw, sampleKind(rows.depth), isa);
-        scratch_.resize(size_t(w.kw) * size_t(rows.extSamples() + 64) * size_t(sampleBytes(rows.depth)));
+        scratch_.resize(checkedBytes(int64_t(w.kw) * (rows.extSamples() + 64) * sampleBytes(rows.depth)));
     } else if (rows.depth != ZAN_DEPTH_1U && rows.depth != ZAN_DEPTH_8U) {
-        window_.resize(size_t(w.kw) * size_t(w.kh));
+        window_.resize(checkedBytes(int64_t(w.kw) * w.kh * int64_t(sizeof(double))) / sizeof(double));
     }
 }
 

@@ -116,13 +116,7 @@ ZAN_API ZanStatus ZAN_STDCALL zanConvolveSep2DFP(ZanImage* srcImage, ZanImage* d
 ZAN_API void ZAN_STDCALL zanBlur(ZanImage* srcImage, ZanImage* dstImage, int nCols, int nRows, int anchorX,
                                  int anchorY) {
     const Op op{"zanBlur", "zanCSep2"};
-    for (ZanImage* im : {srcImage, dstImage}) {
-        const ZanStatus s = checkImage(im);
-        if (s < 0) {
-            ZAN_FAIL(op, s, "Incorrect Image");
-            return;
-        }
-    }
+    if (!filter::imagesSound(op, srcImage, dstImage)) return;
     const char* fault = nullptr;
     if (srcImage->depth != dstImage->depth) fault = "(srcImage->depth!=dstImage->depth)";
     else if (nRows < 0 || nCols < 0) fault = "(nRows<0||nCols<0)";

@@ -4,33 +4,27 @@
 #include <cmath>
 #include <numeric>
 
+#include "core/depth.h"
+
 namespace zan {
 namespace filter {
 
 Range rangeOf(int depth) {
-    switch (depth) {
-        case ZAN_DEPTH_1U: return {0, 1};
-        case ZAN_DEPTH_8U: return {0, 255};
-        case ZAN_DEPTH_8S: return {-128, 127};
-        case ZAN_DEPTH_16U: return {0, 65535};
-        case ZAN_DEPTH_16S: return {-32768, 32767};
-        default: return {-2147483648.0, 2147483647.0};
-    }
+    const DepthRange r = depthRange(depth);
+    return {double(r.lo), double(r.hi)};
 }
 
 void TapList::add(int row, int off, int32_t k) {
-    if (k == 0) return;
-    row_.push_back(row);
-    off_.push_back(off);
-    k_.push_back(k);
-    ready_ = false;
+    if (k != 0) push(row, off), k_.push_back(k);
 }
 
 void TapList::addFloat(int row, int off, float k) {
-    if (k == 0.0f) return;
+    if (k != 0.0f) push(row, off), kf_.push_back(k);
+}
+
+void TapList::push(int row, int off) {
     row_.push_back(row);
     off_.push_back(off);
-    kf_.push_back(k);
     ready_ = false;
 }
 

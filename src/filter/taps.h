@@ -57,6 +57,7 @@ public:
     }
 
 private:
+    void push(int row, int off);
     std::vector<int32_t> row_, off_, k_, groupEnd_;
     std::vector<float> kf_;
     std::vector<uint32_t> pairs_;
