@@ -30,13 +30,16 @@ struct Frame {
         im = zanCreateImageHeader(channels, 0, ZAN_DEPTH_8U, model, seq, 0, 0, 4, 1920, 1080, nullptr, nullptr,
                                   nullptr, nullptr);
         zanAllocateImage(im, 0, 0);
-        for (int i = 0; i < im->imageSize; ++i) im->imageData[i] = static_cast<char>((i * 7 + (i >> 9) * 13) ^ (i >> 4));
+        for (int i = 0; i < im->imageSize; ++i)
+            im->imageData[i] = static_cast<char>((i * 7 + (i >> 9) * 13) ^ (i >> 4));
     }
     ~Frame() { zanDeallocate(im, ZAN_IMAGE_ALL); }
     Frame(const Frame&) = delete;
     Frame& operator=(const Frame&) = delete;
 #ifdef ZANPX_HAVE_OPENCV
-    cv::Mat mat() const { return cv::Mat(im->height, im->width, CV_8UC(im->nChannels), im->imageData, size_t(im->widthStep)); }
+    cv::Mat mat() const {
+        return cv::Mat(im->height, im->width, CV_8UC(im->nChannels), im->imageData, size_t(im->widthStep));
+    }
 #endif
 };
 
@@ -55,12 +58,15 @@ void report(benchmark::State& state, const Pair& p) {
 
 const zan::Op kBench{"bench", "bench"};
 
-// The integer kernels of the cases, as the library stores them.
+// The kernels of the cases, as the library stores them and as OpenCV takes them.
 struct Kernels {
-    ZanConvKernel* sharpen3;   // [0 -1 0; -1 5 -1; 0 -1 0]
-    ZanConvKernel* gauss5;     // [1 4 6 4 1] x [1 4 6 4 1] / 256
-    ZanConvKernel* row5;       // [1 4 6 4 1] / 16
+    ZanConvKernel* sharpen3;  // [0 -1 0; -1 5 -1; 0 -1 0]
+    ZanConvKernel* gauss5;    // [1 4 6 4 1] x [1 4 6 4 1] / 256
+    ZanConvKernel* row5;      // [1 4 6 4 1] / 16
     ZanConvKernel* col5;
+#ifdef ZANPX_HAVE_OPENCV
+    cv::Mat cvSharpen3, cvGauss5, cvRow5;
+#endif
     Kernels() {
         int s[9] = {0, -1, 0, -1, 5, -1, 0, -1, 0};
         int r[5] = {1, 4, 6, 4, 1}, g[25];
@@ -69,6 +75,12 @@ struct Kernels {
         gauss5 = zanCreateConvKernel(5, 5, 2, 2, g, 8);
         row5 = zanCreateConvKernel(5, 1, 2, 0, r, 4);
         col5 = zanCreateConvKernel(1, 5, 0, 2, r, 4);
+#ifdef ZANPX_HAVE_OPENCV
+        cvSharpen3 = cv::Mat(3, 3, CV_32S, s).clone();
+        cvSharpen3.convertTo(cvSharpen3, CV_32F);
+        cv::Mat(5, 5, CV_32S, g).convertTo(cvGauss5, CV_32F, 1.0 / 256);
+        cv::Mat(1, 5, CV_32S, r).convertTo(cvRow5, CV_32F, 1.0 / 16);
+#endif
     }
 };
 const Kernels& kernels() {
@@ -89,44 +101,44 @@ struct Case {
 
 #ifdef ZANPX_HAVE_OPENCV
 #define ZAN_CV(...) , [](const cv::Mat& s, cv::Mat& d) { __VA_ARGS__; }
-cv::Mat floatKernel(std::vector<float> v, int n, float scale) {
-    cv::Mat k(n, int(v.size()) / n, CV_32F);
-    for (size_t i = 0; i < v.size(); ++i) k.at<float>(int(i) / k.cols, int(i) % k.cols) = v[i] * scale;
-    return k;
-}
 #else
 #define ZAN_CV(...)
 #endif
 
+void convolve(ZanImage* s, ZanImage* d, ZanConvKernel* k, Isa isa) { zf::convolve(kBench, s, d, &k, 1, ZAN_SUM, isa); }
+
+Call rank(int side, zf::Rank kind) {
+    return [=](ZanImage* s, ZanImage* d, Isa isa) {
+        zf::rank(kBench, s, d, side, side, side / 2, side / 2, kind, isa);
+    };
+}
+Call morph(int radius, zf::Morph m) {
+    return [=](ZanImage* s, ZanImage* d, Isa isa) { zf::morphology(kBench, s, d, radius, m, isa); };
+}
+Call fixed(int filter) {
+    return [=](ZanImage* s, ZanImage* d, Isa isa) { zf::fixed(kBench, s, d, filter, isa); };
+}
+
 const std::vector<Case>& cases() {
     static const std::vector<Case> all = {
-        {"filter2D 3x3", [](ZanImage* s, ZanImage* d, Isa isa) { ZanConvKernel* k = kernels().sharpen3; zf::convolve(kBench, s, d, &k, 1, ZAN_SUM, isa); }
-         ZAN_CV(cv::filter2D(s, d, -1, floatKernel({0, -1, 0, -1, 5, -1, 0, -1, 0}, 3, 1)))},
-        {"filter2D 5x5", [](ZanImage* s, ZanImage* d, Isa isa) { ZanConvKernel* k = kernels().gauss5; zf::convolve(kBench, s, d, &k, 1, ZAN_SUM, isa); }
-         ZAN_CV(std::vector<float> g(25); for (int i = 0; i < 25; ++i) g[size_t(i)] = float((i / 5 == 0 || i / 5 == 4 ? 1 : i / 5 == 2 ? 6 : 4) * (i % 5 == 0 || i % 5 == 4 ? 1 : i % 5 == 2 ? 6 : 4));
-                cv::filter2D(s, d, -1, floatKernel(g, 5, 1.0f / 256)))},
-        {"sepFilter2D 5", [](ZanImage* s, ZanImage* d, Isa isa) { zf::separable(kBench, s, d, kernels().row5, kernels().col5, isa); }
-         ZAN_CV(cv::Mat k = floatKernel({1, 4, 6, 4, 1}, 1, 1.0f / 16); cv::sepFilter2D(s, d, -1, k, k.t()))},
+        {"filter2D 3x3", [](ZanImage* s, ZanImage* d, Isa isa) { convolve(s, d, kernels().sharpen3, isa); }
+         ZAN_CV(cv::filter2D(s, d, -1, kernels().cvSharpen3))},
+        {"filter2D 5x5", [](ZanImage* s, ZanImage* d, Isa isa) { convolve(s, d, kernels().gauss5, isa); }
+         ZAN_CV(cv::filter2D(s, d, -1, kernels().cvGauss5))},
+        {"sepFilter2D 5",
+         [](ZanImage* s, ZanImage* d, Isa isa) { zf::separable(kBench, s, d, kernels().row5, kernels().col5, isa); }
+         ZAN_CV(cv::sepFilter2D(s, d, -1, kernels().cvRow5, kernels().cvRow5.t()))},
         {"blur 5x5", [](ZanImage* s, ZanImage* d, Isa isa) { zf::blur(kBench, s, d, 5, 5, 2, 2, isa); }
          ZAN_CV(cv::blur(s, d, cv::Size(5, 5)))},
-        {"medianBlur 3", [](ZanImage* s, ZanImage* d, Isa isa) { zf::rank(kBench, s, d, 3, 3, 1, 1, zf::Rank::Median, isa); }
-         ZAN_CV(cv::medianBlur(s, d, 3))},
-        {"medianBlur 5", [](ZanImage* s, ZanImage* d, Isa isa) { zf::rank(kBench, s, d, 5, 5, 2, 2, zf::Rank::Median, isa); }
-         ZAN_CV(cv::medianBlur(s, d, 5))},
-        {"erode 3x3", [](ZanImage* s, ZanImage* d, Isa isa) { zf::morphology(kBench, s, d, 1, zf::Morph::Erode, isa); }
-         ZAN_CV(cv::erode(s, d, cv::Mat::ones(3, 3, CV_8U)))},
-        {"erode 7x7", [](ZanImage* s, ZanImage* d, Isa isa) { zf::morphology(kBench, s, d, 3, zf::Morph::Erode, isa); }
-         ZAN_CV(cv::erode(s, d, cv::Mat::ones(7, 7, CV_8U)))},
-        {"dilate 3x3", [](ZanImage* s, ZanImage* d, Isa isa) { zf::morphology(kBench, s, d, 1, zf::Morph::Dilate, isa); }
-         ZAN_CV(cv::dilate(s, d, cv::Mat::ones(3, 3, CV_8U)))},
-        {"dilate 7x7", [](ZanImage* s, ZanImage* d, Isa isa) { zf::morphology(kBench, s, d, 3, zf::Morph::Dilate, isa); }
-         ZAN_CV(cv::dilate(s, d, cv::Mat::ones(7, 7, CV_8U)))},
-        {"Sobel 3x3", [](ZanImage* s, ZanImage* d, Isa isa) { zf::fixed(kBench, s, d, ZAN_SOBEL_3x3_V, isa); }
-         ZAN_CV(cv::Sobel(s, d, CV_8U, 1, 0, 3))},
-        {"GaussianBlur 3x3", [](ZanImage* s, ZanImage* d, Isa isa) { zf::fixed(kBench, s, d, ZAN_GAUSSIAN_3x3, isa); }
-         ZAN_CV(cv::GaussianBlur(s, d, cv::Size(3, 3), 0))},
-        {"GaussianBlur 5x5", [](ZanImage* s, ZanImage* d, Isa isa) { zf::fixed(kBench, s, d, ZAN_GAUSSIAN_5x5, isa); }
-         ZAN_CV(cv::GaussianBlur(s, d, cv::Size(5, 5), 0))},
+        {"medianBlur 3", rank(3, zf::Rank::Median) ZAN_CV(cv::medianBlur(s, d, 3))},
+        {"medianBlur 5", rank(5, zf::Rank::Median) ZAN_CV(cv::medianBlur(s, d, 5))},
+        {"erode 3x3", morph(1, zf::Morph::Erode) ZAN_CV(cv::erode(s, d, cv::Mat::ones(3, 3, CV_8U)))},
+        {"erode 7x7", morph(3, zf::Morph::Erode) ZAN_CV(cv::erode(s, d, cv::Mat::ones(7, 7, CV_8U)))},
+        {"dilate 3x3", morph(1, zf::Morph::Dilate) ZAN_CV(cv::dilate(s, d, cv::Mat::ones(3, 3, CV_8U)))},
+        {"dilate 7x7", morph(3, zf::Morph::Dilate) ZAN_CV(cv::dilate(s, d, cv::Mat::ones(7, 7, CV_8U)))},
+        {"Sobel 3x3", fixed(ZAN_SOBEL_3x3_V) ZAN_CV(cv::Sobel(s, d, CV_8U, 1, 0, 3))},
+        {"GaussianBlur 3x3", fixed(ZAN_GAUSSIAN_3x3) ZAN_CV(cv::GaussianBlur(s, d, cv::Size(3, 3), 0))},
+        {"GaussianBlur 5x5", fixed(ZAN_GAUSSIAN_5x5) ZAN_CV(cv::GaussianBlur(s, d, cv::Size(5, 5), 0))},
     };
     return all;
 }

@@ -28,7 +28,9 @@ template float toSample<float>(double, int);
 namespace {
 
 // The scaling of an integer kernel's exact sum.
-double scaled(double s, int shift, bool nearest) { return shift < 0 ? std::ldexp(s, -shift) : postValue(s, shift, nearest); }
+double scaled(double s, int shift, bool nearest) {
+    return shift < 0 ? std::ldexp(s, -shift) : postValue(s, shift, nearest);
+}
 
 // Responses of several kernels folded into one value.
 template <class A>
@@ -156,7 +158,7 @@ SeparableFilter::SeparableFilter(const Rows& rows, std::vector<int32_t> xk, int 
 }
 
 SeparableFilter::SeparableFilter(const Rows& rows, std::vector<float> xk, std::vector<float> yk, kern::Isa isa)
-    : shape_(rows), float_(true) {
+    : shape_(rows) {
     if (xk.empty()) xk = {1.0f};
     if (yk.empty()) yk = {1.0f};
     for (size_t j = 0; j < xk.size(); ++j) x_.addFloat(0, int(j) * rows.channels, xk[j]);

@@ -66,7 +66,7 @@ private:
     Rows shape_;
     TapList x_, y_;
     int xShift_ = 0, yShift_ = 0;
-    bool yNearest_ = false, float_ = false;
+    bool yNearest_ = false;
     Route row_, col_;  // fast routes (fn null: the general path)
     size_t innerBytes_ = 0;
 };

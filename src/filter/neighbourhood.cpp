@@ -150,8 +150,10 @@ bool Neighbourhood::runPass(RowFilter& f, const Pass& pass) {
     // Without a horizontal stage the window's rows are the extended rows
     // themselves: the image's own where nothing needs filling (and nothing
     // will be written over them), else copies in the ring.
-    const bool overlap = src_ == dst_ || (!src.tileInfo && !dst_->tileInfo && src.imageData < dst_->imageData + dst_->imageSize &&
-                                          dst_->imageData < src.imageData + src.imageSize);
+    const ZanImage& dst = *dst_;
+    const bool overlap = src_ == dst_ || (!src.tileInfo && !dst.tileInfo &&
+                                          src.imageData < dst.imageData + dst.imageSize &&
+                                          dst.imageData < src.imageData + src.imageSize);
     const bool inPlaceRows = !src.tileInfo && !overlap && source.wholePixels() && source.inLo() == 0 &&
                              source.inHi() == extW;
     auto load = [&](int k) {

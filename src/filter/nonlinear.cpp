@@ -30,7 +30,8 @@ Fixed fixedFilter(int filter) {
         case ZAN_SOBEL_3x3_H: return {3, 0, smooth, diff, {}};
         case ZAN_LAPLACIAN_3x3: return {3, 0, {}, {}, {0, -1, 0, -1, 4, -1, 0, -1, 0}};
         case ZAN_LAPLACIAN_5x5:
-            return {5, 0, {}, {}, {-1, -3, -4, -3, -1, -3, 0, 6, 0, -3, -4, 6, 20, 6, -4, -3, 0, 6, 0, -3, -1, -3, -4, -3, -1}};
+            return {5, 0, {}, {}, {-1, -3, -4, -3, -1, -3, 0, 6, 0, -3, -4, 6, 20, 6, -4, -3, 0, 6, 0, -3,
+                                   -1, -3, -4, -3, -1}};
         case ZAN_GAUSSIAN_3x3: return {3, 4, smooth, smooth, {}};
         case ZAN_GAUSSIAN_5x5: return {5, 8, {1, 4, 6, 4, 1}, {1, 4, 6, 4, 1}, {}};
         case ZAN_HIPASS_3x3: return {3, 0, {}, {}, {-1, -1, -1, -1, 8, -1, -1, -1, -1}};
@@ -50,7 +51,8 @@ std::vector<float> scaledCopy(const std::vector<int32_t>& v, int shift) {
 }
 
 std::unique_ptr<RowFilter> makeFixed(const Rows& rows, int filter, kern::Isa isa) {
-    if (filter == ZAN_SHARPEN && rows.depth == ZAN_DEPTH_1U) return std::unique_ptr<RowFilter>(new MajorityFilter(rows));
+    if (filter == ZAN_SHARPEN && rows.depth == ZAN_DEPTH_1U)
+        return std::unique_ptr<RowFilter>(new MajorityFilter(rows));
     Fixed f = fixedFilter(filter);
     const bool fp = rows.depth == ZAN_DEPTH_32F;
     // The row pass keeps 32 bits: 32S sums go through the whole mask instead.
@@ -60,7 +62,9 @@ std::unique_ptr<RowFilter> makeFixed(const Rows& rows, int filter, kern::Isa isa
         f.x.clear();
     }
     if (!f.x.empty()) {
-        if (fp) return std::unique_ptr<RowFilter>(new SeparableFilter(rows, scaledCopy(f.x, 0), scaledCopy(f.y, f.shift), isa));
+        if (fp)
+            return std::unique_ptr<RowFilter>(
+                new SeparableFilter(rows, scaledCopy(f.x, 0), scaledCopy(f.y, f.shift), isa));
         return std::unique_ptr<RowFilter>(new SeparableFilter(rows, f.x, 0, f.y, f.shift, true, isa));
     }
     Weights w;
@@ -117,7 +121,8 @@ int commonChecks(const Op& op, ZanImage* src, ZanImage* dst, bool fixed, int nCo
         {8, src->alphaChannel != dst->alphaChannel, "srcImage->alphaChannel!=dstImage->alphaChannel"},
         {9, !fixed && src->alphaChannel != 0 && src->alphaChannel != src->nChannels,
          "(srcImage->alphaChannel!=0)&&(srcImage->alphaChannel!=srcImage->nChannels)"},
-        {10, src->depth != ZAN_DEPTH_1U && src->dataOrder != dst->dataOrder, "srcImage->dataOrder!=dstImage->dataOrder"},
+        {10, src->depth != ZAN_DEPTH_1U && src->dataOrder != dst->dataOrder,
+         "srcImage->dataOrder!=dstImage->dataOrder"},
     };
     for (const auto& s : steps)
         if (s.failed) {

@@ -156,8 +156,11 @@ void medianE(const void* const* rows, int step, void*, void* out, int x0, int n)
     ref::median<T, Side>(reinterpret_cast<const T* const*>(rows), step, static_cast<T*>(out), x0, n);
 }
 
-#define ZAN_PER_SAMPLE(F, ...) \
-    { F<uint8_t, __VA_ARGS__>, F<int8_t, __VA_ARGS__>, F<uint16_t, __VA_ARGS__>, F<int16_t, __VA_ARGS__>, F<int32_t, __VA_ARGS__> }
+#define ZAN_PER_SAMPLE(F, ...)                                                              \
+    {                                                                                       \
+        F<uint8_t, __VA_ARGS__>, F<int8_t, __VA_ARGS__>, F<uint16_t, __VA_ARGS__>,          \
+            F<int16_t, __VA_ARGS__>, F<int32_t, __VA_ARGS__>                                \
+    }
 
 const FilterKernels kScalar = {
     {linearE<uint8_t, uint8_t>, linearE<uint8_t, int16_t>, linearE<int16_t, uint8_t>, linearE<uint8_t, uint8_t>,

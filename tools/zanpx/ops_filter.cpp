@@ -45,7 +45,8 @@ std::vector<KernelText> parseKernels(const std::string& text) {
             k.values.push_back(d);
         }
         if (int64_t(k.values.size()) != int64_t(k.cols) * k.rows)
-            throw Failure("the kernel " + one.substr(0, colon) + " needs " + std::to_string(k.cols * k.rows) + " values");
+            throw Failure("the kernel " + one.substr(0, colon) + " needs " + std::to_string(k.cols * k.rows) +
+                          " values");
         out.push_back(std::move(k));
     }
     if (out.empty()) throw Failure("no kernel given");
@@ -110,7 +111,8 @@ ZanImage* throughFloat(Call& c, ZanImage* src, const std::function<void(ZanImage
     for (int y = 0; y < src->height; ++y) {
         auto* s = reinterpret_cast<const float*>(g->imageData + size_t(y) * g->widthStep);
         auto* d = reinterpret_cast<unsigned char*>(out->imageData + size_t(y) * out->widthStep);
-        for (int i = 0; i < samples; ++i) d[i] = static_cast<unsigned char>(std::lround(std::fmin(255.0f, std::fmax(0.0f, s[i]))));
+        for (int i = 0; i < samples; ++i)
+            d[i] = static_cast<unsigned char>(std::lround(std::fmin(255.0f, std::fmax(0.0f, s[i]))));
     }
     return out;
 }
@@ -133,7 +135,9 @@ ZanImage* convolve(Call& c, bool fp) {
     ZanImage* src = bordered(c);
     ZanImage* out;
     if (fp) {
-        out = throughFloat(c, src, [&](ZanImage* s, ZanImage* d) { zanConvolve2DFP(s, d, floats.data(), int(floats.size()), method); });
+        out = throughFloat(c, src, [&](ZanImage* s, ZanImage* d) {
+            zanConvolve2DFP(s, d, floats.data(), int(floats.size()), method);
+        });
     } else {
         out = c.same();
         zanConvolve2D(src, out, ints.data(), int(ints.size()), method);
@@ -209,7 +213,8 @@ const OpTable kFilterOps(30, {
      "max, min); MODE replicate, constant, reflect, wrap",
      "3x3:0,-1,0,-1,5,-1,0,-1,0", Picture::Colour, [](Call& c) { return convolve(c, false); }},
     {"convolvefp", "KERNEL [--anchor X,Y] [--combine METHOD] " ZAN_BORDER_OPTS,
-     "convolution in floating point (the picture goes through 32F)", "3x3:-1,0,1,-2,0,2,-1,0,1;3x3:-1,-2,-1,0,0,0,1,2,1 --combine sumsqroot",
+     "convolution in floating point (the picture goes through 32F)",
+     "3x3:-1,0,1,-2,0,2,-1,0,1;3x3:-1,-2,-1,0,0,0,1,2,1 --combine sumsqroot",
      Picture::Gray, [](Call& c) { return convolve(c, true); }},
     {"sep", "ROWKERNEL COLKERNEL [--xshift N] [--yshift N] [--anchor X,Y] " ZAN_BORDER_OPTS,
      "separable convolution: a row kernel Nx1:... then a column kernel 1xN:... ('-' for none)",
