@@ -9,6 +9,7 @@
 #ifndef ZANPX_H
 #define ZANPX_H
 
+#include <stddef.h> /* NULL, size_t */
 #include <stdint.h>
 
 /* ------------------------------------------------------------------------ */
@@ -258,7 +259,7 @@ ZAN_API unsigned long long ZAN_STDCALL zanGetKorvelCounter(void);
 /* Image header, ROI and tile records                                        */
 /* ------------------------------------------------------------------------ */
 ZAN_API ZanImage* ZAN_STDCALL zanCreateImageHeader(int nChannels, int alphaChannel, int depth,
-    char* colorModel, char* channelSeq, int dataOrder, int origin, int align, int width, int height,
+    const char* colorModel, const char* channelSeq, int dataOrder, int origin, int align, int width, int height,
     ZanROI* roi, ZanImage* maskROI, void* userData, ZanTileInfo* tileInfo);
 ZAN_API void ZAN_STDCALL zanAllocateImage(ZanImage* image, int doFill, int fillValue);
 ZAN_API void ZAN_STDCALL zanAllocateImageFP(ZanImage* image, int doFill, float fillValue);
@@ -284,7 +285,7 @@ ZAN_API void ZAN_STDCALL zanSet(ZanImage* image, int fillValue);
 ZAN_API void ZAN_STDCALL zanSetFP(ZanImage* image, float fillValue);
 ZAN_API void ZAN_STDCALL zanExchange(ZanImage* ImageA, ZanImage* ImageB);
 ZAN_API void ZAN_STDCALL zanGetPixel(ZanImage* image, int x, int y, void* pixel);
-ZAN_API void ZAN_STDCALL zanPutPixel(ZanImage* image, int x, int y, void* pixel);
+ZAN_API void ZAN_STDCALL zanPutPixel(ZanImage* image, int x, int y, const void* pixel);
 
 /* ------------------------------------------------------------------------ */
 /* Arithmetic and logic                                                      */
@@ -346,8 +347,8 @@ ZAN_API ZanStatus ZAN_STDCALL zanEqualSFPEps(ZanImage* img, float value, ZanImag
 /* DIB exchange, bit reduction, test image                                   */
 /* ------------------------------------------------------------------------ */
 ZAN_API ZanImage* ZAN_STDCALL zanTranslateDIB(ZanBitmapInfoHeader* dib, int* cloneData);
-ZAN_API void ZAN_STDCALL zanConvertFromDIB(ZanBitmapInfoHeader* dib, ZanImage* image);
-ZAN_API void ZAN_STDCALL zanConvertFromDIBSep(ZanBitmapInfoHeader* dibHeader, const char* dibData,
+ZAN_API void ZAN_STDCALL zanConvertFromDIB(const ZanBitmapInfoHeader* dib, ZanImage* image);
+ZAN_API void ZAN_STDCALL zanConvertFromDIBSep(const ZanBitmapInfoHeader* dibHeader, const char* dibData,
                                               ZanImage* image);
 ZAN_API void ZAN_STDCALL zanConvertToDIB(ZanImage* image, ZanBitmapInfoHeader* dib, int dither,
                                          int paletteConversion);
@@ -356,6 +357,92 @@ ZAN_API void ZAN_STDCALL zanConvertToDIBSep(ZanImage* image, ZanBitmapInfoHeader
 ZAN_API void ZAN_STDCALL zanReduceBits(ZanImage* srcImage, ZanImage* dstImage, int jitterType, int dither,
                                        int levels);
 ZAN_API ZanImage* ZAN_STDCALL zanCreateImageJaehne(int depth, int width, int height);
+
+/* ------------------------------------------------------------------------ */
+/* Depth conversion, colour models, colour twist, threshold, histograms      */
+/* ------------------------------------------------------------------------ */
+/* A 4 x 4 integer matrix, row by row; results are shifted right by scalingValue. */
+typedef struct ZanColorTwist {
+    int data[16];
+    int scalingValue;
+} ZanColorTwist;
+
+/* One channel's lookup record: keys bound the intervals, value holds a count
+   (histograms) or a level (stretching) per interval. */
+typedef struct ZanLUT {
+    int num;         /* number of keys, at least 2 */
+    int* key;        /* non-decreasing interval bounds */
+    int* value;
+    int* slope;      /* per-step increment inside an interval when interpolate is set */
+    int interpolate;
+} ZanLUT;
+
+ZAN_API void ZAN_STDCALL zanConvert(ZanImage* srcImage, ZanImage* dstImage);
+ZAN_API void ZAN_STDCALL zanBitonalToGray(ZanImage* srcImage, ZanImage* dstImage, int ZeroScale, int OneScale);
+ZAN_API void ZAN_STDCALL zanScale(ZanImage* srcImage, ZanImage* dstImage);
+ZAN_API void ZAN_STDCALL zanScaleFP(ZanImage* srcImage, ZanImage* dstImage, float minVal, float maxVal);
+
+ZAN_API void ZAN_STDCALL zanRGB2HSV(ZanImage* rgbImage, ZanImage* hsvImage);
+ZAN_API void ZAN_STDCALL zanHSV2RGB(ZanImage* hsvImage, ZanImage* rgbImage);
+ZAN_API void ZAN_STDCALL zanRGB2HLS(ZanImage* rgbImage, ZanImage* hlsImage);
+ZAN_API void ZAN_STDCALL zanHLS2RGB(ZanImage* hlsImage, ZanImage* rgbImage);
+ZAN_API void ZAN_STDCALL zanRGB2XYZ(ZanImage* rgbImage, ZanImage* xyzImage);
+ZAN_API void ZAN_STDCALL zanXYZ2RGB(ZanImage* xyzImage, ZanImage* rgbImage);
+ZAN_API void ZAN_STDCALL zanRGB2YUV(ZanImage* rgbImage, ZanImage* yuvImage);
+ZAN_API void ZAN_STDCALL zanYUV2RGB(ZanImage* yuvImage, ZanImage* rgbImage);
+ZAN_API void ZAN_STDCALL zanRGB2YCrCb(ZanImage* rgbImage, ZanImage* YCrCbImage);
+ZAN_API void ZAN_STDCALL zanYCrCb2RGB(ZanImage* YCrCbImage, ZanImage* rgbImage);
+ZAN_API void ZAN_STDCALL zanYCC2RGB(ZanImage* YCCImage, ZanImage* rgbImage);
+ZAN_API void ZAN_STDCALL zanRGB2LUV(ZanImage* rgbImage, ZanImage* luvImage);
+ZAN_API void ZAN_STDCALL zanLUV2RGB(ZanImage* luvImage, ZanImage* rgbImage);
+ZAN_API void ZAN_STDCALL zanColorToGray(ZanImage* srcImage, ZanImage* dstImage);
+ZAN_API void ZAN_STDCALL zanGrayToColor(ZanImage* srcImage, ZanImage* dstImage, float FractR, float FractG,
+                                        float FractB);
+
+ZAN_API ZanColorTwist* ZAN_STDCALL zanCreateColorTwist(int* data, int scalingValue);
+ZAN_API ZanStatus ZAN_STDCALL zanSetColorTwist(ZanColorTwist* cTwist, int* data, int scalingValue);
+ZAN_API void ZAN_STDCALL zanDeleteColorTwist(ZanColorTwist* cTwist);
+ZAN_API void ZAN_STDCALL zanApplyColorTwist(ZanImage* srcImage, ZanImage* dstImage, ZanColorTwist* cTwist,
+                                            int offset);
+ZAN_API void ZAN_STDCALL zanColorTwistFP(ZanImage* srcImage, ZanImage* dstImage, float* TwistFP);
+
+ZAN_API void ZAN_STDCALL zanThreshold(ZanImage* srcImage, ZanImage* dstImage, int Threshold);
+ZAN_API void ZAN_STDCALL zanComputeHisto(ZanImage* srcImage, ZanLUT** lut);
+ZAN_API void ZAN_STDCALL zanContrastStretch(ZanImage* srcImage, ZanImage* dstImage, ZanLUT** lut);
+ZAN_API void ZAN_STDCALL zanHistoEqualize(ZanImage* srcImage, ZanImage* dstImage, ZanLUT** lut);
+/* Transforms and analysis: FFT, DCT, moments                                */
+/* ------------------------------------------------------------------------ */
+#define ZAN_FFT_FORWARD   1
+#define ZAN_FFT_INVERSE   2
+#define ZAN_FFT_NOSCALE   4   /* inverse: leave out the division by width x height */
+#define ZAN_FFT_USEINT   16   /* integer images: scaled integer spectra */
+#define ZAN_FFT_USEFLOAT 32   /* integer images: unscaled, saturated */
+#define ZAN_FFT_FREE    128   /* release the thread's FFT tables and return */
+
+#define ZAN_DCT_FORWARD   1
+#define ZAN_DCT_INVERSE   2
+#define ZAN_DCT_FREE      8   /* release the thread's DCT tables and return */
+
+ZAN_API void ZAN_STDCALL zanRealFft2D(ZanImage* srcImage, ZanImage* dstImage, int flags);
+ZAN_API void ZAN_STDCALL zanCcsFft2D(ZanImage* srcImage, ZanImage* dstImage, int flags);
+ZAN_API void ZAN_STDCALL zanMpyRCPack2D(ZanImage* srcA, ZanImage* srcB, ZanImage* dst);
+ZAN_API ZanStatus ZAN_STDCALL zanDCT2D(ZanImage* src, ZanImage* dst, int flags);
+
+typedef struct ZanMomentState {
+    double m00, m10, m01, m20, m11, m02, m30, m21, m12, m03; /* spatial */
+    double mu20, mu11, mu02, mu30, mu21, mu12, mu03;          /* central */
+    double inv_sqrt_m00;                                      /* 1 / sqrt(|m00|), 0 when m00 is 0 */
+} ZanMomentState;
+
+ZAN_API void ZAN_STDCALL zanMoments(ZanImage* image, ZanMomentState* mState);
+ZAN_API double ZAN_STDCALL zanGetSpatialMoment(ZanMomentState* mState, int mOrd, int nOrd);
+ZAN_API double ZAN_STDCALL zanGetCentralMoment(ZanMomentState* mState, int mOrd, int nOrd);
+ZAN_API double ZAN_STDCALL zanGetNormalizedSpatialMoment(ZanMomentState* mState, int mOrd, int nOrd);
+ZAN_API double ZAN_STDCALL zanGetNormalizedCentralMoment(ZanMomentState* mState, int mOrd, int nOrd);
+ZAN_API double ZAN_STDCALL zanSpatialMoment(ZanImage* image, int mOrd, int nOrd);
+ZAN_API double ZAN_STDCALL zanCentralMoment(ZanImage* image, int mOrd, int nOrd);
+ZAN_API double ZAN_STDCALL zanNormalizedSpatialMoment(ZanImage* image, int mOrd, int nOrd);
+ZAN_API double ZAN_STDCALL zanNormalizedCentralMoment(ZanImage* image, int mOrd, int nOrd);
 
 /* ------------------------------------------------------------------------ */
 /* Filtering: convolution, blur, rank and fixed filters, morphology          */

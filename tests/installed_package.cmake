@@ -1,5 +1,6 @@
-# Installs the build into a scratch prefix, then compiles and runs a C program
-# that includes only <zanpx.h> and links through pkg-config.
+# Installs the build into a scratch prefix, runs the installed programs, then
+# compiles and runs a C program (PROGRAM) that includes only <zanpx.h>, as C99
+# with warnings as errors, linked through pkg-config.
 set(prefix ${BUILD_DIR}/install-test)
 file(REMOVE_RECURSE ${prefix})
 execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix}
@@ -7,6 +8,15 @@ execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefi
 if(rc)
   message(FATAL_ERROR "install failed")
 endif()
+# Installed programs find the installed library by themselves.
+foreach(program zanpx_example zanpx)
+  if(EXISTS ${prefix}/bin/${program})
+    execute_process(COMMAND ${prefix}/bin/${program} help RESULT_VARIABLE rc OUTPUT_QUIET ERROR_VARIABLE err)
+    if(rc)
+      message(FATAL_ERROR "installed ${program} does not run: ${err}")
+    endif()
+  endif()
+endforeach()
 file(GLOB pcdir ${prefix}/lib*/pkgconfig ${prefix}/lib/*/pkgconfig)
 set(ENV{PKG_CONFIG_PATH} "${pcdir}")
 execute_process(COMMAND pkg-config --cflags --libs zanpx OUTPUT_VARIABLE flags RESULT_VARIABLE rc
@@ -15,9 +25,9 @@ if(rc)
   message(FATAL_ERROR "pkg-config does not know zanpx")
 endif()
 separate_arguments(flags UNIX_COMMAND "${flags}")
-set(exe ${prefix}/c_smoke)
+set(exe ${prefix}/from_package)
 string(REPLACE "|" ";" EXTRA "${EXTRA}")
-execute_process(COMMAND ${CC} -std=c99 -Wall -Werror ${EXTRA} ${SOURCE_DIR}/c_smoke.c ${flags} -o ${exe}
+execute_process(COMMAND ${CC} -std=c99 -Wall -Werror ${EXTRA} ${PROGRAM} ${flags} -o ${exe}
                 RESULT_VARIABLE rc)
 if(rc)
   message(FATAL_ERROR "compiling against the installed package failed")

@@ -47,17 +47,4 @@ TEST_F(Jaehne, EveryDepthFollowsTheChirp) {
     EXPECT_TRUE(log.empty());
 }
 
-TEST_F(Jaehne, BadDepthOrSizeMakesNoImage) {
-    EXPECT_EQ(zanCreateImageJaehne(24, 8, 8), nullptr);
-    ASSERT_EQ(log.reports().size(), 1u);
-    EXPECT_EQ(log.last().status, ZAN_StsBadDepth);
-    EXPECT_EQ(log.last().context, zanErrorStr(ZAN_StsBadDepth));
-    EXPECT_EQ(log.last().file, "zangenim");
-    log.clear();
-    zanSetErrStatus(0);
-    EXPECT_EQ(zanCreateImageJaehne(ZAN_DEPTH_8U, 0, 8), nullptr);
-    EXPECT_EQ(log.last().status, ZAN_StsNoMem);
-    EXPECT_EQ(log.last().context, "Not enough memory to allocate header for ImageJaehne");
-}
-
 }  // namespace

@@ -1,10 +1,9 @@
-// zanGetPixel, zanPutPixel: addressing at every depth and layout, origin,
-// tiles, reports, and concurrent use from several threads.
+// zanGetPixel, zanPutPixel: addressing at every depth and layout, origin and
+// tiles (threads: frame_test; report texts: reports_test).
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <random>
-#include <thread>
 #include <vector>
 
 #include "test_support.h"
@@ -76,65 +75,4 @@ TEST_F(PixelTest, PutThenGetAtEveryDepthAndLayoutLandsWhereTheLayoutSays) {
                 EXPECT_EQ(want, Bytes(back.row(0), back.row(0) + back->imageSize));
                 EXPECT_TRUE(log.empty());
             }
-}
-
-TEST_F(PixelTest, ReportsAndLeavesTheBufferAlone) {
-    Image im(2, ZAN_DEPTH_8U, 4, 3);
-    unsigned char buf[2] = {0xAB, 0xCD};
-    zanGetPixel(im, 4, 0, buf);
-    zanGetPixel(im, -1, 0, buf);
-    zanPutPixel(im, 0, 3, buf);
-    zanPutPixel(nullptr, 0, 0, buf);
-    TileServer server;
-    makeTiled(im, server, 8, 8);
-    server.failGets = true;
-    zanGetPixel(im, 1, 1, buf);
-    zanPutPixel(im, 1, 1, buf);
-    struct { ZanStatus status; const char *func, *file, *text; } want[] = {{ZAN_StsBadArg, "zanGetPixel", "zanGetPx", "((x>width-1) || (x<0))"},
-                {ZAN_StsBadArg, "zanGetPixel", "zanGetPx", "((x>width-1) || (x<0))"},
-                {ZAN_StsBadArg, "zanPutPixel", "zanPutPx", "((y>height-1) || (y<0))"},
-                {ZAN_StsHeaderIsNull, "zanPutPixel", "zanPutPx", "Incorrect Image"},
-                {ZAN_StsError, "zanGetPixel", "zanGetPx", "Error get tile to read"},
-                {ZAN_StsError, "zanPutPixel", "zanPutPx", "Error get tile to write"}};
-    ASSERT_EQ(log.reports().size(), 6u);
-    for (size_t i = 0; i < 6; ++i) {
-        const Report& r = log.reports()[i];
-        EXPECT_EQ(r.status, want[i].status) << i;
-        EXPECT_EQ(r.func, want[i].func) << i;
-        EXPECT_EQ(r.file, want[i].file) << i;
-        EXPECT_EQ(r.context, want[i].text) << i;
-    }
-    EXPECT_EQ(buf[0], 0xAB);
-    EXPECT_EQ(buf[1], 0xCD);
-    EXPECT_EQ(server.tiles[0], Bytes(server.tiles[0].size(), 0));
-}
-
-TEST_F(PixelTest, ThreadsAccessTheirOwnImagesConcurrently) {
-    // Differently shaped images per thread: shared geometry would mix them up.
-    std::vector<int> errors(4, 0);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t)
-        threads.emplace_back([t, &errors] {
-            zanSetErrMode(ZAN_ErrModeSilent);  // a failure is counted, not shown
-            int w = 17 + 13 * t, h = 9 + 5 * t, nch = 1 + t % 3;
-            Image im(nch, t % 2 ? ZAN_DEPTH_16U : ZAN_DEPTH_8U, w, h, t % 2, 4, 0, t / 2);
-            TileServer server;
-            if (t == 3) makeTiled(im, server, 8, 16);
-            std::mt19937 rng{static_cast<unsigned>(t)};
-            std::vector<Bytes> model(size_t(w) * h, Bytes(size_t(nch * valueBytes(im->depth)), 0));
-            for (int i = 0; i < 20000; ++i) {
-                int x = int(rng() % unsigned(w)), y = int(rng() % unsigned(h));
-                Bytes& m = model[size_t(y) * w + x];
-                if (rng() % 2) {
-                    m = randomPixel(im, rng);
-                    zanPutPixel(im, x, y, m.data());
-                } else {
-                    Bytes got(m.size());
-                    zanGetPixel(im, x, y, got.data());
-                    errors[size_t(t)] += got != m || zanGetErrStatus() != 0;
-                }
-            }
-        });
-    for (auto& th : threads) th.join();
-    for (int t = 0; t < 4; ++t) EXPECT_EQ(errors[size_t(t)], 0) << "thread " << t;
 }

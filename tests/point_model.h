@@ -20,17 +20,19 @@ inline ModelRect modelRect(const ZanImage* im) {
             std::max(0, std::min(r.height, im->height - r.yOffset))};
 }
 
-// Channels processed: the COI's, else all but the alpha channel.
-inline void modelChannels(const ZanImage* im, int* first, int* count) {
+// Channels processed: the COI's, else all but the alpha channel (or all, alphaToo).
+inline void modelChannels(const ZanImage* im, int* first, int* count, bool alphaToo = false) {
     if (im->roi && im->roi->coi) { *first = im->roi->coi - 1; *count = 1; return; }
     *first = 0;
-    *count = im->nChannels - (im->alphaChannel ? 1 : 0);
+    *count = im->nChannels - (im->alphaChannel && !alphaToo ? 1 : 0);
 }
 
 // What the destination holds after srcs -> dst through f, on a copy of dst's
-// buffer (returned). Masks: every image's maskROI must allow the pixel.
+// buffer (returned). Masks: every image's maskROI must allow the pixel. With
+// alphaToo (copies) the alpha channel is one like the others, and the images
+// share as many channels as the one with the fewest has.
 inline std::vector<unsigned char> modelResult(std::vector<const ZanImage*> srcs, const ZanImage* dst,
-                                              const std::function<double(const double*)>& f) {
+                                              const std::function<double(const double*)>& f, bool alphaToo = false) {
     std::vector<unsigned char> out(reinterpret_cast<unsigned char*>(dst->imageData),
                                    reinterpret_cast<unsigned char*>(dst->imageData) + dst->imageSize);
     ZanImage shadow = *dst;
@@ -46,8 +48,10 @@ inline std::vector<unsigned char> modelResult(std::vector<const ZanImage*> srcs,
         w = std::min(w, r.w);
         h = std::min(h, r.h);
     }
-    int dFirst, count;
-    modelChannels(dst, &dFirst, &count);
+    int dFirst, count, n, first;
+    modelChannels(dst, &dFirst, &count, alphaToo);
+    for (const ZanImage* im : srcs)
+        if (alphaToo) modelChannels(im, &first, &n, true), count = std::min(count, n);
     ModelRect dr = modelRect(dst);
     for (int y = 0; y < h; ++y)
         for (int x = 0; x < w; ++x) {
@@ -57,8 +61,7 @@ inline std::vector<unsigned char> modelResult(std::vector<const ZanImage*> srcs,
             for (int c = 0; c < count; ++c) {
                 double v[4];
                 for (size_t i = 0; i < srcs.size(); ++i) {
-                    int first, n;
-                    modelChannels(srcs[i], &first, &n);
+                    modelChannels(srcs[i], &first, &n, alphaToo);
                     ModelRect r = modelRect(srcs[i]);
                     v[i] = get(srcs[i], r.x + x, r.y + y, first + c);
                 }

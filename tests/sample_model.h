@@ -52,10 +52,19 @@ inline void put(const ZanImage* im, int x, int y, int c, double value) {
     }
 }
 
-// Random bytes everywhere; 32F images get finite values in -1000 .. 1000.
+// Random bytes everywhere, one integer sample in eight at an edge of its range
+// (0, all ones, or the signed extremes); 32F images get finite values in -1000 .. 1000.
 inline void randomize(const ZanImage* im, std::mt19937& rng) {
     auto* p = reinterpret_cast<unsigned char*>(im->imageData);
     for (int i = 0; i < im->imageSize; ++i) p[i] = static_cast<unsigned char>(rng());
+    const int bytes = sampleBytes(im);
+    for (int i = 0; bytes && im->depth != ZAN_DEPTH_32F && i + bytes <= im->imageSize; i += bytes) {
+        if (rng() % 8) continue;
+        const unsigned kind = rng() % 4;  // 0, all ones, top bit alone, all but the top bit
+        for (int k = 0; k < bytes; ++k)
+            p[i + k] = static_cast<unsigned char>(kind == 0 ? 0 : kind == 1 ? 0xFF : k == bytes - 1 ? (kind == 2 ? 0x80 : 0x7F)
+                                                                                                : (kind == 2 ? 0 : 0xFF));
+    }
     if (im->depth == ZAN_DEPTH_32F) {
         std::uniform_real_distribution<float> d(-1000.0f, 1000.0f);
         for (int i = 0; i + 4 <= im->imageSize; i += 4) {

@@ -75,8 +75,8 @@ void ReportLog::clear() { storage.clear(); }
 
 Image::Image(int nChannels, int depth, int width, int height, int dataOrder, int align, int alphaChannel,
              int origin) {
-    im = zanCreateImageHeader(nChannels, alphaChannel, depth, const_cast<char*>("RGB"), const_cast<char*>("BGR"),
-                              dataOrder, origin, align, width, height, nullptr, nullptr, nullptr, nullptr);
+    im = zanCreateImageHeader(nChannels, alphaChannel, depth, "RGB", "BGR", dataOrder, origin, align, width, height,
+                              nullptr, nullptr, nullptr, nullptr);
     if (!im) return;
     if (depth == ZAN_DEPTH_32F)
         zanAllocateImageFP(im, 1, 0.0f);
@@ -94,6 +94,43 @@ unsigned char* Image::row(int y, int plane) const {
 void Image::setROI(int coi, int x, int y, int w, int h) {
     if (!im->roi) im->roi = zanCreateROI(coi, x, y, w, h);
     zanSetROI(im->roi, coi, x, y, w, h);
+}
+
+void setModel(ZanImage* im, const char* model, const char* seq) {
+    std::memset(im->colorModel, 0, 4);
+    std::memset(im->channelSeq, 0, 4);
+    std::memcpy(im->colorModel, model, std::strlen(model));
+    std::memcpy(im->channelSeq, seq, std::strlen(seq));
+}
+
+Image gray(int w, int h, int depth) {
+    Image im(1, depth, w, h);
+    setModel(im, "GRAY", "G");
+    return im;
+}
+
+Image colour(int w, int h, int nChannels, int depth, int order) {
+    Image im(nChannels, depth, w, h, order, 4, nChannels == 4 ? 4 : 0);
+    setModel(im, nChannels == 4 ? "RGBA" : "RGB", nChannels == 4 ? "BGRA" : "BGR");
+    return im;
+}
+
+void expectRefusals(ReportLog& log, const std::vector<Refusal>& refusals) {
+    for (const Refusal& r : refusals) {
+        log.clear();
+        zanSetErrStatus(ZAN_StsOk);
+        r.call();
+        ASSERT_EQ(log.reports().size(), 1u) << r.func << ": " << r.context;
+        const Report& got = log.last();
+        EXPECT_EQ(got.func, r.func) << r.context;
+        EXPECT_EQ(got.status, r.status) << r.func << ": " << r.context;
+        EXPECT_EQ(got.context, r.context) << r.func;
+        if (r.file) {
+            EXPECT_EQ(got.file, r.file) << r.func << ": " << r.context;
+        }
+    }
+    log.clear();
+    zanSetErrStatus(ZAN_StsOk);
 }
 
 void makeTiled(Image& image, TileServer& s, int tileW, int tileH) {

@@ -3,6 +3,7 @@
 #pragma once
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -57,6 +58,24 @@ struct Image {
     unsigned char* row(int y, int plane = 0) const;
     void setROI(int coi, int x, int y, int w, int h);
 };
+
+// Sets the four-character colour model and channel sequence.
+void setModel(ZanImage* im, const char* model, const char* seq);
+// An 8-bit (or other depth) gray image, GRAY / G.
+Image gray(int w, int h, int depth = ZAN_DEPTH_8U);
+// A colour image, RGB / BGR, or RGBA / BGRA with the fourth channel as alpha.
+Image colour(int w, int h, int nChannels = 3, int depth = ZAN_DEPTH_8U, int order = ZAN_DATA_ORDER_PIXEL);
+
+// A call that must be refused with exactly one report.
+struct Refusal {
+    const char* func;  // the exported function the report names
+    ZanStatus status;
+    const char* context;
+    std::function<void()> call;
+    const char* file = nullptr;  // the module, where the table checks it
+};
+// Runs each call from a clean status and log; each must make its one report.
+void expectRefusals(ReportLog& log, const std::vector<Refusal>& refusals);
 
 // Keeps a tiled image's pixels as separate tile buffers (the tiles are the
 // storage) and serves them through the tile callback, logging every call.

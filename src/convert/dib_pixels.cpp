@@ -267,5 +267,56 @@ void readImageRow(const ZanImage& im, Seq seq, int y, int n, uint8_t* bgra) {
     if (seq == Seq::RGB) arrangeRow(seq, bgra, n);  // the swap is its own inverse
 }
 
+IndexedLut indexedLut(const Format& f, const ZanImage& im, Seq seq) {
+    IndexedLut lut;
+    const bool indexed = f.bitCount == 1 || f.bitCount == 4 || f.bitCount == 8;
+    const int n = im.nChannels;
+    if (!indexed || im.depth != ZAN_DEPTH_8U || im.dataOrder != ZAN_DATA_ORDER_PIXEL || (n != 1 && n != 3 && n != 4))
+        return lut;
+    std::memcpy(lut.pixel, f.palette, sizeof lut.pixel);
+    arrangeRow(seq, &lut.pixel[0][0], 256);  // the same arrangement the general path gives each pixel
+    lut.channels = n;
+    return lut;
+}
+
+namespace {
+
+// Index x of a row of 1-, 4- or 8-bit indices, most significant bits first.
+template <int Bits>
+inline unsigned indexAt(const uint8_t* row, int x) {
+    if (Bits == 8) return row[x];
+    if (Bits == 4) return (x & 1) ? row[x >> 1] & 15u : unsigned(row[x >> 1]) >> 4;
+    return (unsigned(row[x >> 3]) >> (7 - (x & 7))) & 1u;
+}
+
+// Three-byte pixels are stored four bytes at a time, the spare byte landing
+// where the next pixel goes; the last pixel of the row is stored exactly.
+template <int Bits, int C>
+void lookUpRow(const IndexedLut& lut, const uint8_t* row, int n, uint8_t* out) {
+    constexpr int kStore = C == 3 ? 4 : C;
+    int x = 0;
+    for (; x < n - 1; ++x, out += C) std::memcpy(out, lut.pixel[indexAt<Bits>(row, x)], kStore);
+    if (x < n) std::memcpy(out, lut.pixel[indexAt<Bits>(row, x)], C);
+}
+
+template <int Bits>
+void lookUpRow(const IndexedLut& lut, const uint8_t* row, int n, uint8_t* out) {
+    switch (lut.channels) {
+        case 1: return lookUpRow<Bits, 1>(lut, row, n, out);
+        case 3: return lookUpRow<Bits, 3>(lut, row, n, out);
+        default: return lookUpRow<Bits, 4>(lut, row, n, out);
+    }
+}
+
+}  // namespace
+
+void readIndexedRow(const IndexedLut& lut, int bitCount, const uint8_t* row, int n, uint8_t* out) {
+    switch (bitCount) {
+        case 1: return lookUpRow<1>(lut, row, n, out);
+        case 4: return lookUpRow<4>(lut, row, n, out);
+        default: return lookUpRow<8>(lut, row, n, out);
+    }
+}
+
 }  // namespace dib
 }  // namespace zan

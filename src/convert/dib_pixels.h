@@ -57,5 +57,15 @@ bool sameRowBytes(const ZanBitmapInfoHeader& h, const ZanImage& im, Seq seq);
 void writeImageRow(const ZanImage& im, int y, const uint8_t* arranged, int n);
 void readImageRow(const ZanImage& im, Seq seq, int y, int n, uint8_t* bgra);
 
+// The fast path from an indexed DIB (1, 4 or 8 bits) to an 8-bit interleaved
+// image of 1, 3 or 4 channels: each index looks up its finished pixel, already
+// in the image's channel order, so a row is one look-up and store per pixel.
+struct IndexedLut {
+    int channels = 0;  // 0: the image takes the general path
+    uint8_t pixel[256][4] = {};
+};
+IndexedLut indexedLut(const Format& f, const ZanImage& im, Seq seq);
+void readIndexedRow(const IndexedLut& lut, int bitCount, const uint8_t* row, int n, uint8_t* out);
+
 }  // namespace dib
 }  // namespace zan

@@ -50,11 +50,17 @@ void walk(const ZanBitmapInfoHeader& h, const Format& f, const uint8_t* bits, in
     const int64_t rows = absHeight(h);
     std::vector<uint8_t> bgra(size_t(w) * 4);
     const bool same = sameRowBytes(h, *image, seq);
+    const IndexedLut lut = indexedLut(f, *image, seq);
     for (int64_t y = 0; y < rows; ++y) {
         // Bottom-up DIBs store their top row last.
         int64_t stored = h.biHeight > 0 ? rows - 1 - y : y;
+        char* out = image->imageData + y * image->widthStep;
         if (same) {
-            std::memcpy(image->imageData + y * image->widthStep, bits + stored * stride, size_t(w) * h.biBitCount / 8);
+            std::memcpy(out, bits + stored * stride, size_t(w) * h.biBitCount / 8);
+            continue;
+        }
+        if (lut.channels) {
+            readIndexedRow(lut, h.biBitCount, bits + stored * stride, w, reinterpret_cast<uint8_t*>(out));
             continue;
         }
         readDibRow(f, bits + stored * stride, w, bgra.data());
@@ -189,11 +195,11 @@ extern "C" ZAN_API ZanImage* ZAN_STDCALL zanTranslateDIB(ZanBitmapInfoHeader* di
     return result;
 }
 
-extern "C" ZAN_API void ZAN_STDCALL zanConvertFromDIB(ZanBitmapInfoHeader* dib, ZanImage* image) {
+extern "C" ZAN_API void ZAN_STDCALL zanConvertFromDIB(const ZanBitmapInfoHeader* dib, ZanImage* image) {
     guarded(kFrom, [&] { convertFrom(kFrom, kPacked, dib, nullptr, image, true); });
 }
 
-extern "C" ZAN_API void ZAN_STDCALL zanConvertFromDIBSep(ZanBitmapInfoHeader* dibHeader, const char* dibData,
+extern "C" ZAN_API void ZAN_STDCALL zanConvertFromDIBSep(const ZanBitmapInfoHeader* dibHeader, const char* dibData,
                                                           ZanImage* image) {
     guarded(kFromSep, [&] {
         if (dibHeader && !dibData) return void(ZAN_FAIL(kFromSep, ZAN_StsBadArg, "dibData==0"));

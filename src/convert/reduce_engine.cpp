@@ -44,11 +44,13 @@ void storeRow(const View& v, char* row, int bits, const int32_t* in) {
     const int step = v.pixelStep;
     switch (v.depth) {
         case ZAN_DEPTH_1U: {
+            // The bit kept is the top bit of the quantised value: with one level
+            // kept, 64 stays 0 and 65 to 255 set the bit.
             auto* d = reinterpret_cast<uint8_t*>(row);
             for (int x = 0; x < v.width; ++x) {
                 int b = x + v.bitOffset;
                 uint8_t bit = static_cast<uint8_t>(0x80 >> (b & 7));
-                d[b >> 3] = static_cast<uint8_t>(in[x] ? d[b >> 3] | bit : d[b >> 3] & ~bit);
+                d[b >> 3] = static_cast<uint8_t>(in[x] >> (bits - 1) ? d[b >> 3] | bit : d[b >> 3] & ~bit);
             }
             break;
         }
@@ -68,8 +70,7 @@ void storeRow(const View& v, char* row, int bits, const int32_t* in) {
 
 // The quantiser: with mask the dropped bits, a value keeps its upper bits and
 // adds one step when the rounding rule says so, held at the working maximum.
-// kept 0 leaves the two levels 0 and maximum: the form a 1-bit result takes, so
-// that its diffused errors are measured against black and white.
+// Its error p - q is what diffusion spreads, 1-bit results included.
 struct Quantiser {
     int dropped, mask, half, maxVal;
     Quantiser(int bits, int kept)
@@ -189,7 +190,7 @@ size_t reduceErrorEntries(const ReducePlan& plan, int width, int nChannels) {
 
 void reduceBits(const View& src, const View& dst, const ReducePlan& plan, int32_t* errors) {
     const int bits = workBits(dst.depth);
-    const Quantiser q(bits, dst.depth == ZAN_DEPTH_1U ? 0 : std::clamp(plan.levels, 1, bits));
+    const Quantiser q(bits, std::clamp(plan.levels, 1, bits));
     const int w = src.width, h = src.height;
     if (src.depth == ZAN_DEPTH_8U && dst.depth == ZAN_DEPTH_8U && plan.diffusion == Diffusion::None &&
         plan.rounding == Rounding::Half && q.dropped > 0)

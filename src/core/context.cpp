@@ -3,6 +3,8 @@
 #include <atomic>
 #include <new>
 
+#include "transform/plan_cache.h"
+
 namespace zan {
 namespace {
 std::atomic<int> live{0};
@@ -24,7 +26,8 @@ void destroyContext(Context* ctx) noexcept {
 int liveContexts() noexcept { return live.load(); }
 
 void releaseTransformCaches(Context& ctx) noexcept {
-    // No transform keeps tables yet; the slots are reset so a reused context starts clean.
+    xform::releasePlanCache(ctx, xform::CacheKind::Cosine);
+    xform::releasePlanCache(ctx, xform::CacheKind::Fourier);
     ctx.caches = TransformCaches();
 }
 

@@ -8,6 +8,10 @@
 
 static_assert(sizeof(void*) != 4 || sizeof(ZanImage) == 112, "ZanImage must be 112 bytes on 32-bit targets");
 
+// Hosts built for 32-bit Windows lay the header out in 112 bytes; every
+// 32-bit build must agree with them.
+static_assert(sizeof(void*) != 4 || sizeof(ZanImage) == 112, "ZanImage must be 112 bytes on 32-bit targets");
+
 namespace zan {
 namespace {
 
@@ -103,8 +107,8 @@ using namespace zan;
 
 extern "C" {
 
-ZAN_API ZanImage* ZAN_STDCALL zanCreateImageHeader(int nChannels, int alphaChannel, int depth, char* colorModel,
-                                                   char* channelSeq, int dataOrder, int origin, int align,
+ZAN_API ZanImage* ZAN_STDCALL zanCreateImageHeader(int nChannels, int alphaChannel, int depth, const char* colorModel,
+                                                   const char* channelSeq, int dataOrder, int origin, int align,
                                                    int width, int height, ZanROI* roi, ZanImage* maskROI,
                                                    void* userData, ZanTileInfo* tileInfo) {
     ZanStatus s = validateLayout(nChannels, alphaChannel, depth, colorModel && channelSeq, dataOrder, origin,

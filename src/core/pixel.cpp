@@ -96,6 +96,7 @@ extern "C" ZAN_API void ZAN_STDCALL zanGetPixel(ZanImage* image, int x, int y, v
     zan::guarded(kGet, [&] { accessPixel(kGet, image, x, y, pixel, false); });
 }
 
-extern "C" ZAN_API void ZAN_STDCALL zanPutPixel(ZanImage* image, int x, int y, void* pixel) {
-    zan::guarded(kPut, [&] { accessPixel(kPut, image, x, y, pixel, true); });
+extern "C" ZAN_API void ZAN_STDCALL zanPutPixel(ZanImage* image, int x, int y, const void* pixel) {
+    // A put only reads the caller's buffer; the shared path takes it writable.
+    zan::guarded(kPut, [&] { accessPixel(kPut, image, x, y, const_cast<void*>(pixel), true); });
 }

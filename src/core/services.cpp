@@ -34,7 +34,15 @@ void* alignedAlloc(int count, size_t elementSize) {
     return block;
 }
 
-const ZanLibVersion kVersion = {2, 1, 58, "zanPX.dll", "2.1", "[2.1.058, 02/02/99]", "Feb  6 1999", "DLL"};
+// Name is the file the library is loaded from on this system.
+#if defined(_WIN32)
+constexpr char kFileName[] = "zanPX.dll";
+#elif defined(__APPLE__)
+constexpr char kFileName[] = "libzanpx.dylib";
+#else
+constexpr char kFileName[] = "libzanpx.so";
+#endif
+const ZanLibVersion kVersion = {2, 1, 58, kFileName, "2.1", "[2.1.058, 02/02/99]", "Feb  6 1999", "DLL"};
 
 }  // namespace
 

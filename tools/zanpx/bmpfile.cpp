@@ -1,12 +1,11 @@
 #include "bmpfile.h"
 
-#include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <iterator>
 
 #include "../../src/convert/dib_layout.h"
+#include "outfile.h"
 
 namespace zanpx {
 namespace {
@@ -19,12 +18,6 @@ uint32_t le32(const unsigned char* p) {
 }
 void put32(unsigned char* p, uint32_t v) {
     for (int i = 0; i < 4; ++i) p[i] = static_cast<unsigned char>(v >> (8 * i));
-}
-
-// Copies what the file has of [from, from + n) and leaves the rest zero.
-void copyClamped(unsigned char* to, const unsigned char* data, size_t size, size_t from, size_t n) {
-    if (from >= size) return;
-    std::memcpy(to, data + from, std::min(n, size - from));
 }
 
 }  // namespace
@@ -48,8 +41,7 @@ bool parseBmp(const unsigned char* data, size_t size, Dib& dib, std::string& err
         error = "not a BMP file";
         return false;
     }
-    uint32_t offBits = le32(data + 10);
-    uint32_t infoSize = le32(data + kFileHeader);
+    const uint32_t offBits = le32(data + 10), infoSize = le32(data + kFileHeader);
     if (infoSize < kInfoHeader) {
         // A core header: handed over unchanged for the library to refuse.
         Dib raw(size - kFileHeader);
@@ -58,33 +50,39 @@ bool parseBmp(const unsigned char* data, size_t size, Dib& dib, std::string& err
         dib = std::move(raw);
         return true;
     }
+    // Every part the headers declare must be in the file: a cut-off file is
+    // refused rather than read as black.
+    auto cut = [&](const char* part, uint64_t end) {
+        error = "truncated file: " + std::string(part) + " ends at byte " + std::to_string(end) + ", the file at byte " +
+                std::to_string(size);
+        return false;
+    };
+    if (uint64_t(kFileHeader) + infoSize > size) return cut("the info header", uint64_t(kFileHeader) + infoSize);
     ZanBitmapInfoHeader h{};
-    unsigned char head[kInfoHeader] = {};
-    copyClamped(head, data, size, kFileHeader, kInfoHeader);
-    std::memcpy(&h, head, kInfoHeader);
+    std::memcpy(&h, data + kFileHeader, kInfoHeader);
     h.biSize = kInfoHeader;
-    int64_t entries = zan::dib::tableEntries(h);
+    const int64_t entries = zan::dib::tableEntries(h);
     int64_t bitsBytes = zan::dib::bitsBytes(h);
-    if (h.biCompression == ZAN_BI_RLE8 || h.biCompression == ZAN_BI_RLE4) {
-        if (bitsBytes == 0 && offBits < size) bitsBytes = int64_t(size - offBits);
+    if (zan::dib::isRle(h)) {
+        if (bitsBytes == 0 && offBits < size) bitsBytes = int64_t(size - offBits);  // no length given: the rest
         h.biSizeImage = static_cast<uint32_t>(bitsBytes);
     }
-    int64_t total = int64_t(kInfoHeader) + 4 * entries + bitsBytes;
-    if (total > zan::dib::kMaxExtent || total > int64_t(size) * 64 + (int64_t(1) << 24)) {
-        error = "the header declares far more data than the file holds";
+    // V4/V5 headers hold the masks as fields; the library wants them as the table.
+    const bool masksInHeader = infoSize > kInfoHeader && h.biCompression == ZAN_BI_BITFIELDS && entries == 3;
+    const uint64_t tableAt = masksInHeader ? kFileHeader + kInfoHeader : kFileHeader + infoSize;
+    if (tableAt + 4 * uint64_t(entries) > size) return cut("the colour table", tableAt + 4 * uint64_t(entries));
+    if (uint64_t(offBits) + uint64_t(bitsBytes) > size) return cut("the pixel data", uint64_t(offBits) + uint64_t(bitsBytes));
+    const int64_t total = int64_t(kInfoHeader) + 4 * entries + bitsBytes;
+    if (total > zan::dib::kMaxExtent) {
+        error = "the picture is too large for the library";
         return false;
     }
     Dib out(static_cast<size_t>(total));
     out.fileHeaderSize = infoSize;
     std::memcpy(out.bytes(), &h, kInfoHeader);
-    unsigned char* table = out.bytes() + kInfoHeader;
-    // V4/V5 headers hold the masks as fields; the library wants them as the table.
-    bool masksInHeader = infoSize > kInfoHeader && h.biCompression == ZAN_BI_BITFIELDS && entries == 3;
-    size_t tableInFile = masksInHeader ? 0 : static_cast<size_t>(4 * entries);
-    copyClamped(table, data, size, masksInHeader ? kFileHeader + kInfoHeader : kFileHeader + infoSize,
-                static_cast<size_t>(4 * entries));
-    out.bitsFollowedTable = offBits == kFileHeader + infoSize + tableInFile;
-    copyClamped(out.bytes() + kInfoHeader + 4 * entries, data, size, offBits, static_cast<size_t>(bitsBytes));
+    std::memcpy(out.bytes() + kInfoHeader, data + tableAt, static_cast<size_t>(4 * entries));
+    out.bitsFollowedTable = offBits == kFileHeader + infoSize + (masksInHeader ? 0 : 4 * entries);
+    std::memcpy(out.bytes() + kInfoHeader + 4 * entries, data + offBits, static_cast<size_t>(bitsBytes));
     dib = std::move(out);
     return true;
 }
@@ -100,7 +98,9 @@ bool readBmpFile(const std::string& path, Dib& dib, std::string& error) {
         error = "cannot read " + path;
         return false;
     }
-    return parseBmp(data.data(), data.size(), dib, error);
+    if (parseBmp(data.data(), data.size(), dib, error)) return true;
+    error = path + ": " + error;
+    return false;
 }
 
 Dib makeDib(int width, int height, int bitCount, int compression) {
@@ -142,25 +142,7 @@ bool writeBmpFile(const std::string& path, const ZanBitmapInfoHeader* dib, std::
     unsigned char fileHeader[kFileHeader] = {'B', 'M'};
     put32(fileHeader + 2, static_cast<uint32_t>(kFileHeader + total));
     put32(fileHeader + 10, static_cast<uint32_t>(kFileHeader + offset));
-    std::string tmp = path + ".part";
-    {
-        std::ofstream out(tmp, std::ios::binary | std::ios::trunc);
-        out.write(reinterpret_cast<const char*>(fileHeader), kFileHeader);
-        out.write(reinterpret_cast<const char*>(dib), static_cast<std::streamsize>(total));
-        out.close();
-        if (!out) {
-            std::remove(tmp.c_str());
-            error = "cannot write " + path;
-            return false;
-        }
-    }
-    std::remove(path.c_str());  // rename does not replace on every system
-    if (std::rename(tmp.c_str(), path.c_str()) != 0) {
-        std::remove(tmp.c_str());
-        error = "cannot write " + path;
-        return false;
-    }
-    return true;
+    return writeWhole(path, {{fileHeader, kFileHeader}, {dib, static_cast<size_t>(total)}}, error);
 }
 
 }  // namespace zanpx

@@ -46,7 +46,8 @@ private:
 
 // Reads a BMP file. A 12-byte (core) header is kept as it is so that the
 // library refuses it with its own message. False with a one-line reason in
-// `error` when the file cannot be read or is not a BMP file.
+// `error` when the file cannot be read, is not a BMP file, or ends before the
+// colour table or pixel data its headers declare.
 bool readBmpFile(const std::string& path, Dib& dib, std::string& error);
 // The same from bytes already in memory.
 bool parseBmp(const unsigned char* data, size_t size, Dib& dib, std::string& error);
@@ -56,9 +57,8 @@ bool parseBmp(const unsigned char* data, size_t size, Dib& dib, std::string& err
 // worst-case encoding in biSizeImage; the library sets the real size.
 Dib makeDib(int width, int height, int bitCount, int compression);
 
-// Writes the DIB as a BMP file. The file appears whole or not at all: it is
-// written under a temporary name and renamed. The bits' length is the
-// uncompressed size, or biSizeImage for RLE.
+// Writes the DIB as a BMP file, whole or not at all (writeWhole). The bits'
+// length is the uncompressed size, or biSizeImage for RLE.
 bool writeBmpFile(const std::string& path, const ZanBitmapInfoHeader* dib, std::string& error);
 
 }  // namespace zanpx

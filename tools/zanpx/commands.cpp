@@ -7,13 +7,18 @@
 
 #include "library.h"
 #include "ops.h"
+#include "outfile.h"
+#include "usage.h"
 
 namespace zanpx {
 namespace {
 
-void expectCount(const Args& a, size_t lo, size_t hi, const char* usage) {
-    if (a.size() < lo || a.size() > hi) throw Failure(std::string("usage: zanpx ") + usage);
-}
+const char kDemo[] = "[OUTDIR]";
+const char kInfo[] = "FILE.bmp";
+const char kConvert[] =
+    "IN.bmp OUT.bmp [--bits 1|4|8|16|24|32] [--rle] [--dither none|fs|sj1|sj2|ordered] [--palette keep|fixed|mediancut]";
+const char kRun[] = "IN.bmp OUT.bmp OP [ARGS...]";
+const char kCompare[] = "A.bmp B.bmp";
 
 const char* compressionName(uint32_t c) {
     switch (c) {
@@ -27,51 +32,27 @@ const char* compressionName(uint32_t c) {
 
 std::string field(const char (&f)[4]) { return std::string(f, strnlen(f, 4)); }
 
-// The largest difference of any sample, or -1 when the formats differ. An
-// alpha channel that only one of them has is left out, so that a 24-bit and a
-// 32-bit file of the same colours compare equal.
-int maxDifference(const ZanImage& a, const ZanImage& b) {
-    const int n = std::min(a.nChannels, b.nChannels);
-    const bool alphaOnly = a.nChannels == b.nChannels || (a.nChannels == n ? b.alphaChannel : a.alphaChannel) != 0;
-    if (a.width != b.width || a.height != b.height || !alphaOnly || a.depth != b.depth) return -1;
-    const int bytes = (a.depth & 0xFF) / 8;
-    int worst = 0;
-    for (int y = 0; y < a.height; ++y) {
-        auto* ra = reinterpret_cast<const unsigned char*>(a.imageData + size_t(y) * a.widthStep);
-        auto* rb = reinterpret_cast<const unsigned char*>(b.imageData + size_t(y) * b.widthStep);
-        if (a.depth == ZAN_DEPTH_1U) {
-            for (int x = 0; x < a.width; ++x)
-                worst = std::max(worst, ((ra[x >> 3] ^ rb[x >> 3]) >> (7 - (x & 7))) & 1);
-        } else {
-            for (int x = 0; x < a.width; ++x)
-                for (int i = 0; i < n * bytes; ++i)
-                    worst = std::max(worst, std::abs(ra[x * a.nChannels * bytes + i] - rb[x * b.nChannels * bytes + i]));
-        }
-    }
-    return worst;
+// An output named on the command line must be a file to be.
+void checkOutput(const std::string& path) {
+    if (isFolder(path)) throw UsageError(path + " is a folder; the output is a file");
 }
 
-}  // namespace
-
-int infoCommand(const Args& a) {
-    expectCount(a, 1, 1, "info FILE.bmp");
-    Dib dib;
-    std::string error;
-    if (!readBmpFile(a[0], dib, error)) throw Failure(error);
-    const ZanBitmapInfoHeader& h = *dib.header();
-    std::printf("file:         %s\n", a[0].c_str());
-    std::printf("info header:  %u bytes%s\n", dib.fileHeaderSize,
-                dib.fileHeaderSize > 40 ? " (handed to the library as the 40-byte header)" : "");
+int infoCommand(const Args& args) {
+    const Parsed a = parseArgs("zanpx info", kInfo, args);
+    const std::string& path = a.positional[0];
+    // The library reads the file first, so that nothing is printed of a file it refuses.
+    Translated t = translateBmp(path);
+    const ZanBitmapInfoHeader& h = *t.dib.header();
+    const ZanImage& im = *t.image;
+    std::printf("file:         %s\n", path.c_str());
+    std::printf("info header:  %u bytes%s\n", t.dib.fileHeaderSize,
+                t.dib.fileHeaderSize > 40 ? " (handed to the library as the 40-byte header)" : "");
     std::printf("size:         %d x %d, %s rows\n", h.biWidth, std::abs(h.biHeight),
                 h.biHeight < 0 ? "top-down" : "bottom-up");
     std::printf("bits:         %u per pixel, compression %s, %zu colour table entries\n", h.biBitCount,
-                compressionName(h.biCompression), dib.tableEntries());
-    if (!dib.bitsFollowedTable) std::printf("note:         the pixel bits do not follow the colour table\n");
-    std::fflush(stdout);
-    Translated t = translateBmp(a[0]);
-    const ZanImage& im = *t.image;
-    std::printf("library:      %d channel%s%s, depth %s, %s / %s, %s order, origin %s, align %d\n", im.nChannels,
-                im.nChannels == 1 ? "" : "s", im.alphaChannel ? " with alpha" : "", depthName(im.depth).c_str(),
+                compressionName(h.biCompression), t.dib.tableEntries());
+    if (!t.dib.bitsFollowedTable) std::printf("note:         the pixel bits do not follow the colour table\n");
+    std::printf("library:      %s, %s / %s, %s order, origin %s, align %d\n", formatName(im).c_str(),
                 field(im.colorModel).c_str(), field(im.channelSeq).c_str(),
                 im.dataOrder == ZAN_DATA_ORDER_PLANE ? "plane" : "pixel",
                 im.origin == ZAN_ORIGIN_BL ? "bottom-left" : "top-left", im.align);
@@ -79,70 +60,105 @@ int infoCommand(const Args& a) {
     return 0;
 }
 
-int convertCommand(const Args& a) {
-    const char* usage =
-        "convert IN.bmp OUT.bmp [--bits 1|4|8|16|24|32] [--rle] [--dither none|fs|sj1|sj2|ordered] "
-        "[--palette keep|fixed|mediancut]";
-    if (a.size() < 2) throw Failure(std::string("usage: zanpx ") + usage);
-    SaveOptions o;
-    for (size_t k = 2; k < a.size(); ++k) {
-        const std::string& opt = a[k];
-        bool hasValue = k + 1 < a.size();
-        if (opt == "--rle") {
-            o.rle = true;
-        } else if (opt == "--bits" && hasValue) {
-            const std::string& v = a[++k];
-            if (v != "1" && v != "4" && v != "8" && v != "16" && v != "24" && v != "32")
-                throw Failure("--bits takes 1, 4, 8, 16, 24 or 32");
-            o.bits = std::atoi(v.c_str());
-        } else if (opt == "--dither" && hasValue) {
-            o.dither = ditherCode(a[++k]);
-        } else if (opt == "--palette" && hasValue) {
-            const std::string& v = a[++k];
-            if (v == "keep") o.palette = 0;
-            else if (v == "fixed") o.palette = 1;
-            else if (v == "mediancut") o.palette = 2;
-            else throw Failure("--palette takes keep, fixed or mediancut");
-        } else {
-            throw Failure("unknown option '" + opt + "'; usage: zanpx " + usage);
-        }
+int pick(const std::string& value, std::initializer_list<const char*> names) {
+    int k = 0;
+    for (const char* n : names) {
+        if (value == n) return k;
+        ++k;
     }
-    Dib in;
-    std::string error;
-    if (!readBmpFile(a[0], in, error)) throw Failure(error);
-    ImagePtr im = loadBmp(a[0]);
-    o.keep = &in;
-    saveBmp(*im, a[1], o);
+    return -1;  // cannot happen: the usage held the value to these names
+}
+
+int convertCommand(const Args& args) {
+    const Parsed a = parseArgs("zanpx convert", kConvert, args);
+    checkOutput(a.positional[1]);
+    SaveOptions o;
+    o.bits = std::atoi(a.option("--bits", "0").c_str());
+    o.rle = a.flag("--rle");
+    o.dither = ditherCode(a.option("--dither", "none"));
+    o.palette = pick(a.option("--palette", "auto"), {"keep", "fixed", "mediancut"});
+    Translated in = translateBmp(a.positional[0]);
+    ImagePtr im = imageOf(in);
+    o.keep = &in.dib;
+    saveBmp(*im, a.positional[1], o);
     return 0;
 }
 
-int runCommand(const Args& a) {
-    if (a.size() < 3) throw Failure("usage: zanpx run IN.bmp OUT.bmp OP [ARGS...]; zanpx ops lists the operations");
-    const OpDef* op = findOperation(a[2]);
-    if (!op) throw Failure("unknown operation '" + a[2] + "'; zanpx ops lists them");
-    ImagePtr src = loadBmp(a[0]);
-    ImagePtr out = runOperation(*op, *src, Args(a.begin() + 3, a.end()));
-    saveBmp(*out, a[1], SaveOptions{});
+int runCommand(const Args& args) {
+    if (args.size() < 3) parseArgs("zanpx run", kRun, args);  // says what is missing
+    const OpDef* op = findOperation(args[2]);
+    if (!op) throw UsageError("unknown operation '" + args[2] + "' (zanpx ops lists them)");
+    const Parsed opArgs = parseOperation(*op, Args(args.begin() + 3, args.end()));
+    checkOutput(args[1]);
+    ImagePtr src = loadBmp(args[0]);
+    ImagePtr out = runOperation(*op, *src, opArgs);
+    saveBmp(*out, args[1], SaveOptions{});
     return 0;
 }
 
-int compareCommand(const Args& a) {
-    expectCount(a, 2, 2, "compare A.bmp B.bmp");
-    ImagePtr x = loadBmp(a[0]), y = loadBmp(a[1]);
-    int d = maxDifference(*x, *y);
-    if (d < 0) {
-        std::printf("different formats: %dx%d %d channels %s and %dx%d %d channels %s\n", x->width, x->height,
-                    x->nChannels, depthName(x->depth).c_str(), y->width, y->height, y->nChannels,
-                    depthName(y->depth).c_str());
+// The picture as the library writes it into a 32-bit DIB: blue, green, red
+// and alpha bytes, whatever its own format.
+Dib asBgra(const ZanImage& im) {
+    Dib d = makeDib(im.width, im.height, 32, ZAN_BI_RGB);
+    if (d.empty()) throw Failure("the image is too large to compare");
+    zanConvertToDIB(const_cast<ZanImage*>(&im), d.header(), 1, 0);
+    check();
+    return d;
+}
+
+// Pixels are compared in one common form, so that the same picture as a
+// 1-bit and a 24-bit file is the same; an alpha channel that only one of them
+// has is left out. The formats are reported apart.
+int compareCommand(const Args& args) {
+    const Parsed a = parseArgs("zanpx compare", kCompare, args);
+    ImagePtr x = loadBmp(a.positional[0]), y = loadBmp(a.positional[1]);
+    if (x->width != y->width || x->height != y->height) {
+        std::printf("different sizes: %d x %d and %d x %d\n", x->width, x->height, y->width, y->height);
         return 1;
     }
-    std::printf(d ? "largest difference %d\n" : "same pixels\n", d);
-    return d ? 1 : 0;
+    const Dib dx = asBgra(*x), dy = asBgra(*y);
+    const bool alpha = x->alphaChannel && y->alphaChannel;
+    const size_t n = size_t(x->width) * size_t(x->height) * 4;
+    const unsigned char* px = dx.bytes() + dx.bitsOffset();
+    const unsigned char* py = dy.bytes() + dy.bitsOffset();
+    int worst = 0;
+    for (size_t i = 0; i < n; ++i)
+        if (alpha || i % 4 != 3) worst = std::max(worst, std::abs(px[i] - py[i]));
+    std::printf(worst ? "largest difference %d\n" : "same pixels\n", worst);
+    if (formatName(*x) != formatName(*y))
+        std::printf("formats differ: %s and %s\n", formatName(*x).c_str(), formatName(*y).c_str());
+    return worst ? 1 : 0;
 }
 
-int opsCommand(const Args&) {
-    for (const OpDef& op : operations()) std::printf("%-12s %-24s %s\n", op.name, op.usage, op.help);
+int opsCommand(const Args& args) {
+    parseArgs("zanpx ops", "", args);
+    for (const OpDef& op : operations()) std::printf("%s %s\n    %s\n", op.name, op.usage, op.help);
     return 0;
+}
+
+}  // namespace
+
+const std::vector<Command>& commands() {
+    static const std::vector<Command> all = {
+        {"demo", kDemo, "make the test pictures, run every operation, write a gallery (OUTDIR zanpx-demo)",
+         demoCommand},
+        {"info", kInfo, "what the file is and how the library sees it", infoCommand},
+        {"convert", kConvert,
+         "rewrite a BMP file through the library. By default 1-bit pictures give 1-bit files, gray ones\n"
+         "  8-bit files, colour ones 24-bit files (32 with alpha); an indexed file takes the input's colour\n"
+         "  table when it has one of that size, else the fixed gray table or a median-cut one. --dither\n"
+         "  spreads the error of reducing to what the fixed table or bit fields hold exactly: 1 bit from\n"
+         "  the gray picture; 4 bits 0 or 255 a channel (16 grays for gray); 8 bits 0, 128 or 255 a\n"
+         "  channel; 16 bits 32 levels a channel",
+         convertCommand},
+        {"run", kRun,
+         "run one operation (zanpx ops lists them) and write its result: 1-bit results as 1-bit files,\n"
+         "  gray as 8-bit files with the gray table, colour as 24-bit files",
+         runCommand},
+        {"compare", kCompare, "exit 0 when the pictures have the same pixels; formats may differ", compareCommand},
+        {"ops", "", "the operations, their arguments and what they do", opsCommand},
+    };
+    return all;
 }
 
 }  // namespace zanpx

@@ -1,4 +1,5 @@
-// The program's commands; each returns the exit code or throws Failure.
+// The program's commands; each returns the exit code or throws Failure
+// (exit code 1) or UsageError (exit code 2).
 #pragma once
 #include <string>
 #include <vector>
@@ -7,11 +8,16 @@ namespace zanpx {
 
 using Args = std::vector<std::string>;
 
+struct Command {
+    const char* name;
+    const char* usage;  // the arguments after the name (usage.h)
+    const char* help;
+    int (*run)(const Args&);
+};
+
+// Every command, the default (demo) first.
+const std::vector<Command>& commands();
+
 int demoCommand(const Args& args);
-int infoCommand(const Args& args);
-int convertCommand(const Args& args);
-int runCommand(const Args& args);
-int compareCommand(const Args& args);
-int opsCommand(const Args& args);
 
 }  // namespace zanpx

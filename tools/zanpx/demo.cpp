@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "commands.h"
+#include "usage.h"
 #include "gallery.h"
 #include "library.h"
 #include "ops.h"
@@ -77,9 +78,9 @@ struct Source {
 
 }  // namespace
 
-int demoCommand(const Args& a) {
-    if (a.size() > 1) throw Failure("usage: zanpx demo [OUTDIR]");
-    fs::path dir = a.empty() ? fs::path("zanpx-demo") : fs::path(a[0]);
+int demoCommand(const Args& args) {
+    const Parsed a = parseArgs("zanpx demo", "[OUTDIR]", args);
+    fs::path dir = a.positional.empty() ? fs::path("zanpx-demo") : fs::path(a.positional[0]);
     std::error_code ec;
     fs::create_directories(dir, ec);
     if (ec) throw Failure("cannot make " + dir.string() + ": " + ec.message());
@@ -91,19 +92,25 @@ int demoCommand(const Args& a) {
     g.save(*gray, "rings.bmp");
     g.save(*grayColour, "rings-colour.bmp");
     g.save(*gray2, "ramp.bmp");
-    const Source pictures[] = {{"colour.bmp", "colour test picture", colour.get()},
-                               {"rings.bmp", "test image (zanCreateImageJaehne)", gray.get()}};
+    const Source pictures[] = {{"colour.bmp", "the colour test picture", colour.get()},
+                               {"rings.bmp", "the test image (zanCreateImageJaehne)", gray.get()}};
 
     for (const OpDef& op : operations()) {
         const Source& in = pictures[op.demoInput == Picture::Gray ? 1 : 0];
-        std::string args = op.demoArgs;
-        galleryRow(g, std::string(op.name) + (args.empty() ? "" : " " + args), op.help, [&] {
+        const bool colourIn = in.image == colour.get();
+        const std::string second = colourIn ? "rings-colour.bmp" : "ramp.bmp", out = std::string("op-") + op.name + ".bmp";
+        std::string shown = op.demoArgs;
+        if (shown.find("IMAGE") != std::string::npos) shown.replace(shown.find("IMAGE"), 5, second);
+        const std::string command = "zanpx run " + std::string(in.file) + " " + out + " " + op.name +
+                                    (shown.empty() ? "" : " " + shown);
+        galleryRow(g, command, op.help, [&] {
             std::vector<Figure> figs{{in.file, in.caption}};
-            const bool colourIn = in.image == colour.get();
             if (std::string(op.usage).find("IMAGE") != std::string::npos)
-                figs.push_back({colourIn ? "rings-colour.bmp" : "ramp.bmp", "second input"});
-            ImagePtr out = runOperation(op, *in.image, split(args), colourIn ? grayColour.get() : gray2.get());
-            figs.push_back(g.figure(*out, std::string("op-") + op.name + ".bmp", "result"));
+                figs.push_back({second, colourIn ? "the second input: the test image in three channels"
+                                                 : "the second input: a gray ramp"});
+            ImagePtr result = runOperation(op, *in.image, parseOperation(op, split(op.demoArgs)),
+                                           colourIn ? grayColour.get() : gray2.get());
+            figs.push_back(g.figure(*result, out, "the result"));
             return figs;
         });
     }
@@ -115,10 +122,15 @@ int demoCommand(const Args& a) {
         int picture, bits, dither, palette;
         bool rle;
     } formats[] = {
-        {"4-bit-fixed-fs", "4-bit file, the fixed 16-colour table, Floyd-Steinberg dithering", 0, 4, 2, 1, false},
-        {"4-bit-fixed", "4-bit file, the fixed 16-colour table, no dithering", 0, 4, 1, 1, false},
+        {"4-bit-fixed-fs", "4-bit file with the fixed 16-colour table, Floyd-Steinberg: each channel is first reduced "
+                           "to 0, 128 or 255 with its error spread, then takes the nearest table colour", 0, 4, 2, 1, false},
+        {"4-bit-fixed", "4-bit file with the fixed 16-colour table, no dithering: the nearest table colour", 0, 4, 1, 1,
+         false},
+        {"8-bit-cube-fs", "8-bit file with the fixed 3-3-2 colour cube, Floyd-Steinberg over 5 levels a channel", 0, 8,
+         2, 1, false},
         {"8-bit-mediancut", "8-bit file with a median-cut palette of the picture's colours", 0, 8, 1, 2, false},
         {"8-bit-cube-rle", "8-bit run-length coded file with the fixed 3-3-2 colour cube", 0, 8, 1, 1, true},
+        {"1-bit-fs", "1-bit file from the colour picture: gray first, then Floyd-Steinberg", 0, 1, 2, 1, false},
         {"1-bit-sj1", "1-bit file, two-row error diffusion (first table)", 1, 1, 4, 1, false},
         {"1-bit-ordered", "1-bit file, ordered 4x4 dithering", 1, 1, 16, 1, false},
         {"4-bit-gray-rle", "4-bit run-length coded file with the 16-level gray ramp", 1, 4, 1, 1, true},
@@ -126,17 +138,18 @@ int demoCommand(const Args& a) {
     for (const Format& f : formats) {
         const Source& in = pictures[f.picture];
         static const char* const paletteNames[] = {"keep", "fixed", "mediancut"};
-        std::string title = "convert --bits " + std::to_string(f.bits) + (f.rle ? " --rle" : "") + " --palette " +
-                            paletteNames[f.palette] + " --dither " + ditherName(f.dither);
+        const std::string out = std::string("file-") + f.name + ".bmp";
+        const std::string title = "zanpx convert " + std::string(in.file) + " " + out + " --bits " +
+                                  std::to_string(f.bits) + (f.rle ? " --rle" : "") + " --palette " +
+                                  paletteNames[f.palette] + (f.dither != 1 ? std::string(" --dither ") + ditherName(f.dither) : "");
         galleryRow(g, title, f.help, [&] {
             SaveOptions o;
             o.bits = f.bits;
             o.dither = f.dither;
             o.palette = f.palette;
             o.rle = f.rle;
-            std::string out = std::string("file-") + f.name + ".bmp";
             g.save(*in.image, out, o);
-            return std::vector<Figure>{{in.file, in.caption}, {out, "written file"}};
+            return std::vector<Figure>{{in.file, in.caption}, {out, "the file written"}};
         });
     }
 

@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
 #include <sstream>
 #include <utility>
+
+#include "outfile.h"
 
 namespace zanpx {
 namespace fs = std::filesystem;
@@ -61,32 +62,37 @@ bool Gallery::failed() const {
 
 void Gallery::write() const {
     std::ostringstream html;
-    html << "<!doctype html>\n<html lang=\"en\"><head><meta charset=\"utf-8\"><title>ZanPX demo</title>\n"
-            "<style>body{font-family:sans-serif;background:#eee;margin:2em;color:#222}"
-            "section{display:flex;flex-wrap:wrap;gap:1.5em;align-items:flex-start;background:#fff;padding:1em;"
-            "margin:1em 0;border-radius:6px}figure{margin:0}img{width:256px;image-rendering:pixelated;"
-            "border:1px solid #ccc}figcaption{font-size:.85em;margin-top:.3em;max-width:256px}"
-            ".about{max-width:28em}.error{color:#b00}code{background:#f2f2f2;padding:0 .2em}</style></head><body>\n"
+    // Figures shrink rather than overflow and wrap onto new lines, so the page
+    // fits any window width down to a phone's.
+    html << "<!doctype html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">"
+            "<meta name=\"viewport\" content=\"width=device-width\"><title>ZanPX demo</title>\n<style>"
+            "*{box-sizing:border-box}body{font-family:sans-serif;background:#eee;color:#222;margin:0 auto;"
+            "padding:1em 1.5em;max-width:1250px}section{background:#fff;padding:.8em 1em;margin:1em 0;"
+            "border-radius:6px}h2{font-size:1em;margin:0 0 .3em;overflow-wrap:anywhere}p{margin:0 0 .7em}"
+            ".figures{display:flex;flex-wrap:wrap;gap:1em}figure{margin:0;flex:0 1 256px;min-width:0}"
+            "img{display:block;width:100%;height:auto;image-rendering:pixelated;border:1px solid #ccc}"
+            "figcaption{font-size:.85em;margin-top:.3em;overflow-wrap:anywhere}.error{color:#b00}"
+            "code{background:#f2f2f2;padding:0 .2em}</style></head><body>\n"
             "<h1>ZanPX demo</h1>\n<p>Each row shows input pictures and what one operation or file format "
-            "made of them. Every picture was written through the library's own DIB conversion.</p>\n";
+            "made of them, with the command that makes it. Every picture was written through the library's "
+            "own DIB conversion.</p>\n";
     for (const Entry& e : entries_) {
-        html << "<section>";
-        for (const Figure& f : e.figures)
-            html << "<figure><img src=\"" << escape(f.file) << "\" alt=\"" << escape(f.caption) << "\"><figcaption>"
-                 << escape(f.caption) << "</figcaption></figure>";
-        html << "<div class=\"about\"><h2><code>" << escape(e.title) << "</code></h2><p>" << escape(e.help) << "</p>";
+        // Rows can be linked to by their result's file name.
+        const std::string id = e.figures.empty() ? "" : fs::path(e.figures.back().file).stem().string();
+        html << "<section" << (id.empty() ? "" : " id=\"" + escape(id) + "\"") << "><h2><code>" << escape(e.title)
+             << "</code></h2><p>" << escape(e.help) << "</p>";
         if (!e.error.empty()) html << "<p class=\"error\">failed: " << escape(e.error) << "</p>";
+        html << "<div class=\"figures\">";
+        for (const Figure& f : e.figures)
+            html << "<figure><img src=\"" << escape(f.file) << "\" alt=\"" << escape(f.file + ": " + f.caption)
+                 << "\"><figcaption><code>" << escape(f.file) << "</code> " << escape(f.caption)
+                 << "</figcaption></figure>";
         html << "</div></section>\n";
     }
     html << "</body></html>\n";
-    // Written whole under another name first, so no half page is left behind.
-    fs::path tmp = dir_ / "index.html.part";
-    {
-        std::ofstream out(tmp, std::ios::binary | std::ios::trunc);
-        out << html.str();
-        if (!out.flush()) throw Failure("cannot write " + tmp.string());
-    }
-    fs::rename(tmp, dir_ / "index.html");
+    const std::string page = html.str();
+    std::string error;
+    if (!writeWhole((dir_ / "index.html").string(), {{page.data(), page.size()}}, error)) throw Failure(error);
 }
 
 }  // namespace zanpx

@@ -9,13 +9,15 @@
 
 namespace zanpx {
 
+// A picture of the gallery folder; the page shows its file name, then the caption.
 struct Figure {
-    std::string file;     // a picture in the gallery folder
+    std::string file;
     std::string caption;  // what the picture is
 };
 
 struct Entry {
-    std::string title, help;
+    std::string title;  // the command that makes the row's result, where there is one
+    std::string help;
     std::vector<Figure> figures;  // inputs first, then results
     std::string error;            // set when making the row failed
 };

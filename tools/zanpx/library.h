@@ -10,9 +10,13 @@
 
 namespace zanpx {
 
-// A failure the program reports in one line and exits on.
+// A failure the program reports in one line and exits on (code 1).
 struct Failure : std::runtime_error {
     using std::runtime_error::runtime_error;
+};
+// Arguments the program cannot use; reported the same way, exit code 2.
+struct UsageError : Failure {
+    using Failure::Failure;
 };
 
 // Library reports are recorded, not printed; check() turns them into a Failure.
@@ -32,6 +36,12 @@ ImagePtr newImage(int nChannels, int depth, const char* model, const char* seq, 
 ImagePtr newLike(const ZanImage& im, int depth = 0);
 
 std::string depthName(int depth);
+// "3 channels 8U" and the like.
+std::string formatName(const ZanImage& im);
+
+// The picture with 1 (gray, by the library's weights) or 3 channels, 8U,
+// through the library's own DIB conversion.
+ImagePtr withChannels(const ZanImage& im, int nChannels);
 
 // The library's dither code for a method name: none 1, fs 2, sj1 4, sj2 8,
 // ordered 16. Throws on anything else.
@@ -54,6 +64,7 @@ Translated translateBmp(const std::string& path);
 
 // A BMP file as an image of its own: the format zanTranslateDIB chose, in
 // pixel order with the top row first.
+ImagePtr imageOf(const Translated& t);
 ImagePtr loadBmp(const std::string& path);
 
 struct SaveOptions {
@@ -63,6 +74,25 @@ struct SaveOptions {
     int palette = -1;     // 0 keep, 1 fixed, 2 median cut; -1 chosen by the image
     const Dib* keep = nullptr;  // where palette 0 takes its colour table from
 };
+// Writes the picture as a BMP file through zanConvertToDIB; UsageError for
+// options the file cannot honour. With a dither method, a 1-bit file is made
+// by the library from the gray picture; 4-, 8- and 16-bit files from the
+// picture dithered by the program's DitherPlan.
 void saveBmp(const ZanImage& im, const std::string& path, const SaveOptions& options);
+
+// How the program dithers a picture for a file of more than one bit, with the
+// library's operations only: scaled by scale/255 (zanMultiplySScale), reduced
+// to `levels` bits a channel with the error spread (zanReduceBits), shifted
+// right (zanRShiftS) and multiplied (zanMultiplyS), which leaves only values
+// that the file's fixed colour table or bit fields hold exactly:
+//   4 bits, colour: 0 or 255 a channel (8 of the 16 colours)
+//   4 bits, gray:   the 16 levels of the gray ramp
+//   8 bits, colour: 0, 128 or 255 a channel (27 colours of the 3-3-2 cube)
+//   16 bits:        the 32 levels of a 5-bit field
+// levels 0: nothing to dither (24 and 32 bits, 8-bit gray).
+struct DitherPlan {
+    int scale, levels, shift, factor;
+};
+DitherPlan ditherPlan(int bits, bool gray);
 
 }  // namespace zanpx

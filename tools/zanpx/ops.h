@@ -4,24 +4,25 @@
 #include <vector>
 
 #include "library.h"
+#include "usage.h"
 
 namespace zanpx {
 
 // One call of an operation: the source, its arguments and the images it made.
 //
-// Arguments are positional words and options. The usage string declares the
-// options: `[--name]` is a flag, `[--name VALUE]` takes the next word. Options
-// may come anywhere after OP; positional indices count the other words only.
+// The usage string declares the arguments (usage.h): positional words, then
+// options `[--flag]` / `[--name VALUE]`, with choices `a|b` and ranges
+// `NAME(lo..hi)` that every call is held to before the operation runs.
+// Options may come anywhere after OP; positional indices count the other
+// words only. Arguments that do not fit throw UsageError (exit code 2).
 class Call {
 public:
-    // Throws Failure for an option the usage does not declare or a missing value.
-    Call(const ZanImage* src, const std::vector<std::string>& args, const char* usage,
-         const ZanImage* other = nullptr);
+    Call(const ZanImage* src, Parsed args, std::string name, const ZanImage* other = nullptr);
 
     ZanImage* src() const { return src_; }
-    size_t count() const { return args_.size(); }
+    size_t count() const { return args_.positional.size(); }
     // Whether the flag --name was given.
-    bool flag(const std::string& name) const;
+    bool flag(const std::string& name) const { return args_.flag(name); }
     // The value of --name VALUE; `fallback` when it was not given.
     std::string option(const std::string& name, const std::string& fallback = "") const;
     // Argument k as a number; `fallback` when it was not given.
@@ -29,11 +30,11 @@ public:
     float f(size_t k, float fallback = 0) const;
     // Argument k as given (for words such as fractions); `fallback` when it was not given.
     std::string word(size_t k, const std::string& fallback = "") const;
-    // Argument k as a dither method name (none, fs, sj1, sj2, ordered).
+    // Argument k as a dither method name (none, fs, sj1, sj2, ordered); 1 (none) when not given.
     int dither(size_t k) const;
     // An image argument: a BMP file in the source's format (the demo hands one in).
     ZanImage* image(size_t k);
-    // Refuses a source of more than one channel; returns the call.
+    // Makes the source gray (one channel, by the library's weights) if it is not.
     Call& gray();
     // A new result image like the source (another depth when given).
     ZanImage* same(int depth = 0);
@@ -47,8 +48,8 @@ public:
 private:
     ZanImage* keep(ImagePtr im);
     ZanImage* src_;
-    std::vector<std::string> args_;  // positional words
-    std::vector<std::pair<std::string, std::string>> options_;  // name (with --), value
+    Parsed args_;
+    std::string name_;
     const ZanImage* other_;
     std::vector<ImagePtr> owned_;
 };
@@ -74,8 +75,13 @@ struct OpTable {
 const std::vector<OpDef>& operations();
 const OpDef* findOperation(const std::string& name);
 
-// Runs an operation on an image; checks the argument count and the library's status.
-ImagePtr runOperation(const OpDef& op, const ZanImage& src, const std::vector<std::string>& args,
+// The operation's arguments checked against its usage (UsageError).
+Parsed parseOperation(const OpDef& op, const std::vector<std::string>& args);
+// Runs an operation on an image; UsageError for its arguments, Failure with
+// the library's report when the library refuses.
+ImagePtr runOperation(const OpDef& op, const ZanImage& src, const Parsed& args, const ZanImage* other = nullptr);
+// The same with the words as typed (the gallery's calls).
+ImagePtr runOperation(const OpDef& op, const ZanImage& src, const std::vector<std::string>& words,
                       const ZanImage* other = nullptr);
 
 }  // namespace zanpx

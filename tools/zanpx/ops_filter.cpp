@@ -121,7 +121,7 @@ ZanImage* convolve(Call& c, bool fp) {
     std::vector<KernelText> ks = parseKernels(c.word(0));
     std::vector<ZanConvKernel*> ints;
     std::vector<ZanConvKernelFP*> floats;
-    const int shift = std::atoi(c.option("--shift", "0").c_str());
+    const int shift = c.option("--shift").empty() ? 0 : std::atoi(c.option("--shift").c_str());
     for (const KernelText& k : ks) {
         auto a = anchor(c, k.cols, k.rows);
         std::vector<int> v;
@@ -205,18 +205,17 @@ ZanImage* morph(Call& c) {
     return out;
 }
 
-#define ZAN_BORDER_OPTS "[--border MODE] [--value V]"
+#define ZAN_BORDER_OPTS "[--border replicate|constant|reflect|wrap] [--value V]"
 
 const OpTable kFilterOps(30, {
-    {"convolve", "KERNEL [--shift N] [--anchor X,Y] [--combine METHOD] " ZAN_BORDER_OPTS,
-     "convolution by KERNEL COLSxROWS:v,v,... (several joined by ';' and combined by METHOD sum, sumsq, sumsqroot, "
-     "max, min); MODE replicate, constant, reflect, wrap",
+    {"convolve", "KERNEL [--shift N(-31..31)] [--anchor X,Y] [--combine sum|sumsq|sumsqroot|max|min] " ZAN_BORDER_OPTS,
+     "convolution by KERNEL COLSxROWS:v,v,... (several joined by ';' and combined), read past the edge by --border",
      "3x3:0,-1,0,-1,5,-1,0,-1,0", Picture::Colour, [](Call& c) { return convolve(c, false); }},
-    {"convolvefp", "KERNEL [--anchor X,Y] [--combine METHOD] " ZAN_BORDER_OPTS,
+    {"convolvefp", "KERNEL [--anchor X,Y] [--combine sum|sumsq|sumsqroot|max|min] " ZAN_BORDER_OPTS,
      "convolution in floating point (the picture goes through 32F)",
      "3x3:-1,0,1,-2,0,2,-1,0,1;3x3:-1,-2,-1,0,0,0,1,2,1 --combine sumsqroot",
      Picture::Gray, [](Call& c) { return convolve(c, true); }},
-    {"sep", "ROWKERNEL COLKERNEL [--xshift N] [--yshift N] [--anchor X,Y] " ZAN_BORDER_OPTS,
+    {"sep", "ROWKERNEL COLKERNEL [--xshift N(-31..31)] [--yshift N(-31..31)] [--anchor X,Y] " ZAN_BORDER_OPTS,
      "separable convolution: a row kernel Nx1:... then a column kernel 1xN:... ('-' for none)",
      "5x1:1,4,6,4,1 1x5:1,4,6,4,1 --xshift 4 --yshift 4", Picture::Colour,
      [](Call& c) { return separable(c, false); }},
@@ -230,9 +229,9 @@ const OpTable kFilterOps(30, {
      windowed<zanMinFilter>},
     {"median", "SIZE [--anchor X,Y] " ZAN_BORDER_OPTS, "the median of the neighbourhood", "7x7", Picture::Gray,
      windowed<zanMedianFilter>},
-    {"fixed", "NAME " ZAN_BORDER_OPTS,
-     "fixed filter: prewitt-v, prewitt-h, sobel-v, sobel-h, laplacian3, laplacian5, gauss3, gauss5, hipass3, "
-     "hipass5, sharpen",
+    {"fixed",
+     "prewitt-v|prewitt-h|sobel-v|sobel-h|laplacian3|laplacian5|gauss3|gauss5|hipass3|hipass5|sharpen " ZAN_BORDER_OPTS,
+     "one of the eleven fixed filters",
      "laplacian5", Picture::Gray, [](Call& c) {
          const int filter = fixedFilter(c.word(0));
          ZanImage* src = bordered(c);
@@ -240,10 +239,10 @@ const OpTable kFilterOps(30, {
          zanFixedFilter(src, out, filter);
          return out;
      }},
-    {"erode", "N " ZAN_BORDER_OPTS, "the minimum over the square of side 2N+1", "2", Picture::Gray, morph<zanErode>},
-    {"dilate", "N " ZAN_BORDER_OPTS, "the maximum over the square of side 2N+1", "2", Picture::Gray, morph<zanDilate>},
-    {"open", "N " ZAN_BORDER_OPTS, "erosion, then dilation", "3", Picture::Gray, morph<zanOpen>},
-    {"close", "N " ZAN_BORDER_OPTS, "dilation, then erosion", "3", Picture::Gray, morph<zanClose>},
+    {"erode", "N(1..1000) " ZAN_BORDER_OPTS, "the minimum over the square of side 2N+1", "2", Picture::Gray, morph<zanErode>},
+    {"dilate", "N(1..1000) " ZAN_BORDER_OPTS, "the maximum over the square of side 2N+1", "2", Picture::Gray, morph<zanDilate>},
+    {"open", "N(1..1000) " ZAN_BORDER_OPTS, "erosion, then dilation", "3", Picture::Gray, morph<zanOpen>},
+    {"close", "N(1..1000) " ZAN_BORDER_OPTS, "dilation, then erosion", "3", Picture::Gray, morph<zanClose>},
 });
 
 }  // namespace
