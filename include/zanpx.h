@@ -445,6 +445,51 @@ ZAN_API double ZAN_STDCALL zanNormalizedSpatialMoment(ZanImage* image, int mOrd,
 ZAN_API double ZAN_STDCALL zanNormalizedCentralMoment(ZanImage* image, int mOrd, int nOrd);
 
 /* ------------------------------------------------------------------------ */
+/* Geometry: zoom, decimation, resizing, warps, rotation, remapping, mirror  */
+/* ------------------------------------------------------------------------ */
+#define ZAN_WARP_R_TO_Q 0 /* the coefficients map the source rectangle onto a quadrangle */
+#define ZAN_WARP_Q_TO_R 1 /* they map the destination rectangle; the quadrangle is in the source */
+
+ZAN_API void ZAN_STDCALL zanZoom(ZanImage* srcImage, ZanImage* dstImage, int xDst, int xSrc, int yDst, int ySrc,
+                                 int interpolate);
+ZAN_API void ZAN_STDCALL zanDecimate(ZanImage* srcImage, ZanImage* dstImage, int xDst, int xSrc, int yDst, int ySrc,
+                                     int interpolate);
+ZAN_API void ZAN_STDCALL zanResize(ZanImage* srcImage, ZanImage* dstImage, int xDst, int xSrc, int yDst, int ySrc,
+                                   int interpolate);
+ZAN_API void ZAN_STDCALL zanDecimateExt(ZanImage* srcImage, ZanImage* dstImage, int xDst, int xSrc, int yDst,
+                                        int ySrc, int interpolate, int xMaskSize, int yMaskSize);
+
+ZAN_API void ZAN_STDCALL zanWarpAffine(ZanImage* srcImage, ZanImage* dstImage, const double coeffs[2][3],
+                                       int interpolate);
+ZAN_API void ZAN_STDCALL zanWarpBilinear(ZanImage* srcImage, ZanImage* dstImage, const double coeffs[2][4],
+                                         int warpFlag, int interpolate);
+ZAN_API void ZAN_STDCALL zanWarpBilinearQ(ZanImage* srcImage, ZanImage* dstImage, const double quad[4][2],
+                                          int warpFlag, int interpolate);
+ZAN_API void ZAN_STDCALL zanWarpPerspective(ZanImage* srcImage, ZanImage* dstImage, const double coeffs[3][3],
+                                            int warpFlag, int interpolate);
+ZAN_API void ZAN_STDCALL zanWarpPerspectiveQ(ZanImage* srcImage, ZanImage* dstImage, const double quad[4][2],
+                                             int warpFlag, int interpolate);
+ZAN_API void ZAN_STDCALL zanGetAffineQuad(ZanImage* image, const double* coeffs, double quad[4][2]);
+ZAN_API void ZAN_STDCALL zanGetBilinearQuad(ZanImage* image, const double* coeffs, double quad[4][2]);
+ZAN_API void ZAN_STDCALL zanGetPerspectiveQuad(ZanImage* image, const double* coeffs, double quad[4][2]);
+ZAN_API void ZAN_STDCALL zanGetAffineBound(ZanImage* image, const double* coeffs, double bound[2][2]);
+ZAN_API void ZAN_STDCALL zanGetBilinearBound(ZanImage* image, const double* coeffs, double bound[2][2]);
+ZAN_API void ZAN_STDCALL zanGetPerspectiveBound(ZanImage* image, const double* coeffs, double bound[2][2]);
+ZAN_API void ZAN_STDCALL zanGetAffineTransform(ZanImage* image, double coeffs[2][3], const double quad[4][2]);
+ZAN_API void ZAN_STDCALL zanGetBilinearTransform(ZanImage* image, double* coeffs, const double quad[4][2]);
+ZAN_API void ZAN_STDCALL zanGetPerspectiveTransform(ZanImage* image, double* coeffs, const double quad[4][2]);
+ZAN_API void ZAN_STDCALL zanRotate(ZanImage* srcImage, ZanImage* dstImage, double angle, double xShift,
+                                   double yShift, int interpolate);
+ZAN_API void ZAN_STDCALL zanShear(ZanImage* srcImage, ZanImage* dstImage, double shearX, double shearY,
+                                  double xShift, double yShift, int interpolate);
+ZAN_API void ZAN_STDCALL zanGetRotateShift(double xCenter, double yCenter, double angle, double* xShift,
+                                           double* yShift);
+
+ZAN_API void ZAN_STDCALL zanRemap(ZanImage* srcImage, ZanImage* xMap, ZanImage* yMap, ZanImage* dstImage,
+                                  int interpolate);
+ZAN_API void ZAN_STDCALL zanMirror(ZanImage* srcImage, ZanImage* dstImage, int flipAxis);
+
+/* ------------------------------------------------------------------------ */
 /* Filtering: convolution, blur, rank and fixed filters, morphology          */
 /* ------------------------------------------------------------------------ */
 /* Border modes of zanSetBorderMode: what a filter reads past the image edge.

@@ -11,16 +11,13 @@
 #include "kernels/colour_rows.h"
 #include "kernels/convert_rows.h"
 #include "zanpx.h"
+#include "simd_isas.h"
 
 using namespace zan::kern;
 
-namespace {
+using zantest::simdIsas;
 
-std::vector<Isa> simdIsas() {
-    Isa all[3];
-    int n = availableIsas(all);
-    return std::vector<Isa>(all + 1, all + n);
-}
+namespace {
 
 std::vector<uint8_t> randomBytes(std::mt19937& rng, size_t n) {
     std::vector<uint8_t> v(n);

@@ -11,19 +11,16 @@
 #include "kernels/binary_rows.h"
 #include "kernels/scalar_kernels.h"
 #include "zanpx.h"
+#include "simd_isas.h"
 
 using namespace zan::kern;
+
+using zantest::simdIsas;
 
 namespace {
 
 const Bitwise kBitwise[] = {Bitwise::And, Bitwise::Or, Bitwise::Xor, Bitwise::AndNot};
 const int kLengths[] = {0, 1, 7, 15, 16, 17, 31, 33, 63, 64, 65, 100, 257};
-
-std::vector<Isa> simdIsas() {
-    Isa all[3];
-    int n = availableIsas(all);
-    return std::vector<Isa>(all + 1, all + n);
-}
 
 // Extreme values turn up often so that every saturation edge is met.
 std::vector<unsigned char> randomBytes(std::mt19937& rng, size_t n) {

@@ -3,7 +3,6 @@
 #include "core/check.h"
 
 namespace zan {
-namespace {
 
 bool headersSound(const Op& op, std::initializer_list<ZanImage*> images) {
     for (ZanImage* im : images) {
@@ -15,6 +14,8 @@ bool headersSound(const Op& op, std::initializer_list<ZanImage*> images) {
     }
     return true;
 }
+
+namespace {
 
 bool differ(const Op& op, bool failed, const char* text) {
     if (failed) ZAN_FAIL(op, ZAN_StsBadArg, text);

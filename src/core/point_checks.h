@@ -8,6 +8,10 @@
 
 namespace zan {
 
+// Header checks in order; the first failure is reported with the status the
+// check recorded ("Incorrect Image") and ends the call.
+bool headersSound(const Op& op, std::initializer_list<ZanImage*> images);
+
 // Headers (A, B, destination), depths, data orders (unless checkOrder is
 // false) and effective channel counts of a two-source operation.
 bool checkBinary(const Op& op, ZanImage* a, ZanImage* b, ZanImage* dst, bool checkOrder = true);

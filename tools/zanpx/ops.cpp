@@ -108,6 +108,13 @@ ZanImage* Call::copy() {
 
 ZanImage* Call::same(int depth) { return keep(newLike(*src_, depth)); }
 
+ZanImage* Call::sized(int width, int height) {
+    ZanImage shape = *src_;
+    shape.width = width;
+    shape.height = height;
+    return keep(newLike(shape));
+}
+
 ZanImage* Call::mask() { return keep(newImage(1, ZAN_DEPTH_1U, "GRAY", "G", src_->width, src_->height)); }
 
 ZanImage* Call::keep(ImagePtr im) {

@@ -38,6 +38,8 @@ public:
     Call& gray();
     // A new result image like the source (another depth when given).
     ZanImage* same(int depth = 0);
+    // A new result image like the source in another size.
+    ZanImage* sized(int width, int height);
     // A new result image holding the source's pixels (for in-place operations).
     ZanImage* copy();
     // A new one-channel 1-bit image of the source's size.
