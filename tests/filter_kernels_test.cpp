@@ -9,19 +9,15 @@
 
 #include "filter/taps.h"
 #include "kernels/filter_rows.h"
+#include "simd_isas.h"
 
 using namespace zan::kern;
 using zan::filter::Range;
 using zan::filter::RouteIn;
 using zan::filter::TapList;
+using zantest::simdIsas;
 
 namespace {
-
-std::vector<Isa> simdIsas() {
-    Isa all[3];
-    int n = availableIsas(all);
-    return std::vector<Isa>(all + 1, all + n);
-}
 
 template <class T>
 std::vector<T> samples(std::mt19937& rng, size_t n, double lo, double hi) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/frame.h"
+#include "core/point_checks.h"
 #include "filter/conv_kernel.h"
 #include "filter/filters.h"
 #include "filter/linear_filters.h"
@@ -74,7 +75,7 @@ bool badOffsets(const ZanImage* im) {
 
 template <class K>
 void checked(const Op& op, ZanImage* src, ZanImage* dst, K** kernel, int nKernels, int method, bool fp) {
-    if (!filter::imagesSound(op, src, dst)) return;
+    if (!headersSound(op, {src, dst})) return;
     for (ZanImage* im : {src, dst})
         if (badOffsets(im)) {
             ZAN_FAIL(op, ZAN_StsBadOffset, "Bad ROI offsets");

@@ -67,7 +67,7 @@ using filter::Morph;
 
 void checked(const Op& op, ZanImage* src, ZanImage* dst, int nIterations, Morph m) {
     zanSetErrStatus(ZAN_StsOk);
-    if (!filter::imagesSound(op, src, dst)) return;
+    if (!headersSound(op, {src, dst})) return;
     const char* fault = nullptr;
     if (nIterations < 1) fault = "Illegal number of of iterations";
     else if (src->depth != ZAN_DEPTH_1U && src->depth != ZAN_DEPTH_8U && src->depth != ZAN_DEPTH_16U)

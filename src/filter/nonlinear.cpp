@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "core/frame.h"
+#include "core/point_checks.h"
 #include "filter/filters.h"
 #include "filter/linear_filters.h"
 #include "filter/rank_filters.h"
@@ -106,7 +107,7 @@ const char* const kFile = "zannlf";
 // with channelStatus and go on, then the thread's status decides.
 int commonChecks(const Op& op, ZanImage* src, ZanImage* dst, bool fixed, int nCols, int nRows, int anchorX,
                  int anchorY, ZanStatus channelStatus) {
-    if (!filter::imagesSound(op, src, dst)) return 1;
+    if (!headersSound(op, {src, dst})) return 1;
     const struct {
         int step;
         bool failed;

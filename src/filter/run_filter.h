@@ -10,10 +10,6 @@
 namespace zan {
 namespace filter {
 
-// The header checks of source and destination in turn; the first failure is
-// reported with the status the check recorded.
-bool imagesSound(const Op& op, ZanImage* src, ZanImage* dst);
-
 inline RowFilter& filterOf(RowFilter& f) { return f; }
 inline RowFilter& filterOf(const std::unique_ptr<RowFilter>& f) { return *f; }
 

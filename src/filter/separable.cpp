@@ -2,6 +2,7 @@
 // both one after the other) and zanBlur (the mean of the window).
 #include "core/check.h"
 #include "core/frame.h"
+#include "core/point_checks.h"
 #include "filter/box_filter.h"
 #include "filter/filters.h"
 #include "filter/linear_filters.h"
@@ -116,7 +117,7 @@ ZAN_API ZanStatus ZAN_STDCALL zanConvolveSep2DFP(ZanImage* srcImage, ZanImage* d
 ZAN_API void ZAN_STDCALL zanBlur(ZanImage* srcImage, ZanImage* dstImage, int nCols, int nRows, int anchorX,
                                  int anchorY) {
     const Op op{"zanBlur", "zanCSep2"};
-    if (!filter::imagesSound(op, srcImage, dstImage)) return;
+    if (!headersSound(op, {srcImage, dstImage})) return;
     const char* fault = nullptr;
     if (srcImage->depth != dstImage->depth) fault = "(srcImage->depth!=dstImage->depth)";
     else if (nRows < 0 || nCols < 0) fault = "(nRows<0||nCols<0)";
