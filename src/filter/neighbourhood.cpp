@@ -33,7 +33,6 @@ Neighbourhood::Neighbourhood(const Op& op, ZanImage* src, ZanImage* dst, const W
       src_(src),
       dst_(dst),
       win_(win),
-      noMem_(noMemText),
       images_{UnaryImages(src, dst).images[0], UnaryImages(src, dst).images[1]},
       frame_(op, images_, 2) {
     frame_.setNoMemoryText(noMemText);

@@ -92,7 +92,6 @@ private:
     ZanImage* src_;
     ZanImage* dst_;
     Window win_;
-    const char* noMem_;
     FrameImage images_[2];
     PointFrame frame_;
     Rows rows_;

@@ -62,7 +62,7 @@ struct SourceRows::Stage {
 };
 
 SourceRows::SourceRows(const Op& op, ZanImage* src, const FrameImage& tile, const Pass& pass, int64_t x0, int extW)
-    : op_(op), src_(src), tile_(tile), pass_(pass), x0_(x0), extW_(extW) {
+    : op_(op), src_(src), tile_(tile), pass_(pass), x0_(x0) {
     bits_ = src->depth == ZAN_DEPTH_1U;
     bytes_ = bits_ ? 1 : depthBytes(src->depth);
     wholePixels_ = !bits_ && pass.stride == pass.channels && pass.first == 0;

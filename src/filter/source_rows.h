@@ -55,7 +55,7 @@ private:
     const FrameImage& tile_;
     Pass pass_;
     int64_t x0_;
-    int extW_, inLo_, inHi_, bytes_;
+    int inLo_, inHi_, bytes_;
     bool bits_, wholePixels_;
     std::vector<int64_t> leftMap_, rightMap_;  // image column, or -1 for the constant
     uint32_t leftBits_, rightBits_;
