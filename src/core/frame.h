@@ -91,6 +91,9 @@ public:
     int height() const { return height_; }
     // The image's processed rectangle (its offset; the size may exceed the common one).
     const Rect& rect(int i) const { return rects_[i]; }
+    // The combined mask (null without one) and its rectangle, for engines that walk on their own.
+    ZanImage* mask() const { return mask_; }
+    const Rect& maskRect() const { return maskRect_; }
 
     // The widest block forEachBlock hands out: the common width, or less when
     // the blocks follow tiles. What row buffers must hold.

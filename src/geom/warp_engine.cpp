@@ -138,7 +138,7 @@ private:
     // their taps run by run.
     template <bool Smooth>
     bool takes(const int64_t* u, const int64_t* v, int x) const {
-        return sx_.holds(u[x]) & sy_.holds(v[x]) && (!Smooth || cover_[size_t(x)] == kSub * kSub);
+        return sx_.holds(u[x]) && sy_.holds(v[x]) && (!Smooth || cover_[size_t(x)] == kSub * kSub);
     }
 
     template <bool Smooth>
