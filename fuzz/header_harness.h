@@ -22,6 +22,7 @@
 #include <cstring>
 #include <map>
 #include <memory>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -212,6 +213,52 @@ public:
         return in_.below(8) ? &moments_ : nullptr;
     }
 
+    // A convolution kernel record as a caller may forge one: mostly small, now
+    // and then a long row or column, shapes and anchors out of range, any
+    // shift. Its values are a block of exactly the entries the shape declares
+    // (none past 4096 entries); null now and then.
+    template <class K>
+    K* kernel() {
+        static const int kSides[] = {1, 2, 3, 5, 7, 1, 3, 9, 31, 0, -1, INT_MAX};
+        const int slot = in_.below(kKernels);
+        K& k = kernelRecord<K>(slot);
+        k.nCols = in_.of(kSides);
+        k.nRows = in_.of(kSides);
+        if (in_.below(8) == 0) (in_.below(2) ? k.nCols : k.nRows) = 300 + in_.byte();
+        k.anchorX = in_.below(8) ? in_.below(std::max(k.nCols, 1)) : i();
+        k.anchorY = in_.below(8) ? in_.below(std::max(k.nRows, 1)) : i();
+        if constexpr (std::is_same_v<K, ZanConvKernel>) k.nShiftR = in_.below(2) ? in_.below(12) : i();
+        const int64_t n = int64_t(k.nCols) * k.nRows;
+        auto& values = kernelValues<K>(slot);
+        values.assign(size_t(n > 0 && n <= 4096 ? n : 0), {});
+        for (auto& v : values) v = kernelValue<std::remove_reference_t<decltype(v)>>();
+        k.values = values.empty() || in_.below(16) == 0 ? nullptr : values.data();
+        return in_.below(16) ? &k : nullptr;
+    }
+    // Ten kernel pointers (the most a convolution takes), or none.
+    template <class K>
+    K** kernels() {
+        K** list = kernelList<K>();
+        for (int n = 0; n < 10; ++n) list[n] = kernel<K>();
+        return in_.below(16) ? list : nullptr;
+    }
+    // Entries for a kernel the library makes: enough for nCols x nRows, or none.
+    template <class V>
+    V* kernelEntries(int nCols, int nRows) {
+        V* entries = reinterpret_cast<V*>(createEntries_.data());
+        for (int n = 0; n < 64; ++n) entries[n] = kernelValue<V>();
+        const bool fits = nCols <= 0 || nRows <= 0 || int64_t(nCols) * nRows <= 64;
+        return fits && in_.below(16) ? entries : nullptr;
+    }
+    // Room for a kernel's read-back values (4096, the most a forged record
+    // holds), or none.
+    template <class V>
+    V** readBack() {
+        readBack_ = createEntries_.data() + 64;
+        return in_.below(16) ? reinterpret_cast<V**>(&readBack_) : in_.below(2) ? nullptr : &nullValues<V>();
+    }
+    int* outInt() { return in_.below(16) ? &outInts_[in_.below(6)] : nullptr; }
+
     // Sixteen matrix entries, or none.
     int* twistData() {
         for (int& v : twist_.data) v = i();
@@ -333,6 +380,10 @@ private:
         im.dataOrder = in.below(16) ? in.below(2) : 2;
         im.origin = in.below(16) ? in.below(2) : -1;
         im.align = in.of(kAligns);
+        for (int side = 0; side < 4; ++side) {
+            im.borderMode[side] = in.below(8) ? in.below(4) : this->i();
+            im.borderValue[side] = this->i();
+        }
         im.width = (flags & 0x80) ? in.of(kExtremes) : size(in);
         im.height = (flags & 0x40) ? in.of(kExtremes) : size(in);
         if (i > 0 && (flags & 0x20)) {
@@ -391,6 +442,35 @@ private:
         images_[i].imageData = reinterpret_cast<char*>(blocks_[i].get() + skew);
     }
 
+    static constexpr int kKernels = 3;
+    template <class V>
+    V kernelValue() {
+        if constexpr (std::is_same_v<V, float>) return f();
+        else if constexpr (sizeof(V) == 1) return V(in_.byte());
+        else return in_.below(4) ? int(in_.byte()) - 128 : i();
+    }
+    template <class K>
+    K& kernelRecord(int slot) {
+        if constexpr (std::is_same_v<K, ZanConvKernel>) return kernels_[slot];
+        else return kernelsFP_[slot];
+    }
+    template <class K>
+    auto& kernelValues(int slot) {
+        if constexpr (std::is_same_v<K, ZanConvKernel>) return kernelInts_[slot];
+        else return kernelFloats_[slot];
+    }
+    template <class K>
+    K** kernelList() {
+        if constexpr (std::is_same_v<K, ZanConvKernel>) return kernelList_;
+        else return kernelListFP_;
+    }
+    template <class V>
+    V*& nullValues() {
+        static thread_local V* none = nullptr;
+        none = nullptr;
+        return none;
+    }
+
     Reader& in_;
     int count_ = 0;
     ZanImage images_[kImages]{};
@@ -405,6 +485,15 @@ private:
     ZanColorTwist twist_{};
     double doubles_[16] = {}, results_[16] = {};
     ZanMomentState moments_{};
+    ZanConvKernel kernels_[kKernels]{};
+    ZanConvKernelFP kernelsFP_[kKernels]{};
+    std::vector<int> kernelInts_[kKernels];
+    std::vector<float> kernelFloats_[kKernels];
+    ZanConvKernel* kernelList_[10] = {};
+    ZanConvKernelFP* kernelListFP_[10] = {};
+    std::vector<int32_t> createEntries_ = std::vector<int32_t>(64 + 4096);  // entries, then read-back room
+    int32_t* readBack_ = nullptr;
+    int outInts_[6] = {};
     float twistFP_[16] = {};
     std::vector<ZanLUT*> lutPointers_;
     std::vector<ZanLUT> lutRecords_;
@@ -506,6 +595,35 @@ inline void compositeC(Scene& s) {
 
 inline void composite(Scene& s) {
     zanAlphaComposite(s.img(), s.img(), s.img(), s.i(), s.img(), s.img(), s.img(), s.i(), s.i());
+}
+
+// A kernel the library makes, read back and deleted; a forged record now and then.
+template <class K, class V, class Make, class Get, class Delete>
+void kernelRoundTrip(Scene& s, Make make, Get get, Delete del) {
+    const int cols = s.i(), rows = s.i(), ax = s.i(), ay = s.i();
+    K* k = make(cols, rows, ax, ay, s.kernelEntries<V>(cols, rows));
+    get(s.in().below(4) ? k : s.kernel<K>(), s.outInt(), s.outInt(), s.outInt(), s.outInt(), s.readBack<V>());
+    if (k || s.in().below(4)) del(k);
+}
+
+inline void convKernel(Scene& s) {
+    kernelRoundTrip<ZanConvKernel, int>(
+        s, [&](int c, int r, int x, int y, int* v) { return zanCreateConvKernel(c, r, x, y, v, s.i()); },
+        [&](ZanConvKernel* k, int* c, int* r, int* x, int* y, int** v) { zanGetConvKernel(k, c, r, x, y, v, s.outInt()); },
+        zanDeleteConvKernel);
+}
+
+inline void convKernelChar(Scene& s) {
+    kernelRoundTrip<ZanConvKernel, signed char>(
+        s, [&](int c, int r, int x, int y, signed char* v) { return zanCreateConvKernelChar(c, r, x, y, v, s.i()); },
+        [&](ZanConvKernel* k, int* c, int* r, int* x, int* y, signed char** v) {
+            zanGetConvKernelChar(k, c, r, x, y, reinterpret_cast<char**>(v), s.outInt());
+        },
+        zanDeleteConvKernel);
+}
+
+inline void convKernelFP(Scene& s) {
+    kernelRoundTrip<ZanConvKernelFP, float>(s, zanCreateConvKernelFP, zanGetConvKernelFP, zanDeleteConvKernelFP);
 }
 
 struct Export {
@@ -665,6 +783,28 @@ inline const std::vector<Export>& exports() {
         ZANFUZZ_EXPORT(zanGetRotateShift, zanGetRotateShift(s.d(), s.d(), s.d(), s.out(), s.out())),
         ZANFUZZ_EXPORT(zanRemap, zanRemap(s.img(), s.img(), s.img(), s.img(), s.i())),
         ZANFUZZ_EXPORT(zanMirror, zanMirror(s.img(), s.img(), s.i())),
+        ZANFUZZ_EXPORT(zanCreateConvKernel, convKernel(s)),
+        ZANFUZZ_EXPORT(zanGetConvKernel, convKernel(s)),
+        ZANFUZZ_EXPORT(zanDeleteConvKernel, convKernel(s)),
+        ZANFUZZ_EXPORT(zanCreateConvKernelChar, convKernelChar(s)),
+        ZANFUZZ_EXPORT(zanGetConvKernelChar, convKernelChar(s)),
+        ZANFUZZ_EXPORT(zanCreateConvKernelFP, convKernelFP(s)),
+        ZANFUZZ_EXPORT(zanGetConvKernelFP, convKernelFP(s)),
+        ZANFUZZ_EXPORT(zanDeleteConvKernelFP, convKernelFP(s)),
+        ZANFUZZ_EXPORT(zanConvolve2D, zanConvolve2D(s.img(), s.img(), s.kernels<ZanConvKernel>(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanConvolve2DFP, zanConvolve2DFP(s.img(), s.img(), s.kernels<ZanConvKernelFP>(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanConvolveSep2D, zanConvolveSep2D(s.img(), s.img(), s.kernel<ZanConvKernel>(), s.kernel<ZanConvKernel>())),
+        ZANFUZZ_EXPORT(zanConvolveSep2DFP,
+                       zanConvolveSep2DFP(s.img(), s.img(), s.kernel<ZanConvKernelFP>(), s.kernel<ZanConvKernelFP>())),
+        ZANFUZZ_EXPORT(zanBlur, zanBlur(s.img(), s.img(), s.i(), s.i(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanMaxFilter, zanMaxFilter(s.img(), s.img(), s.i(), s.i(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanMinFilter, zanMinFilter(s.img(), s.img(), s.i(), s.i(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanMedianFilter, zanMedianFilter(s.img(), s.img(), s.i(), s.i(), s.i(), s.i())),
+        ZANFUZZ_EXPORT(zanFixedFilter, zanFixedFilter(s.img(), s.img(), s.i())),
+        ZANFUZZ_EXPORT(zanErode, zanErode(s.img(), s.img(), s.i())),
+        ZANFUZZ_EXPORT(zanDilate, zanDilate(s.img(), s.img(), s.i())),
+        ZANFUZZ_EXPORT(zanOpen, zanOpen(s.img(), s.img(), s.i())),
+        ZANFUZZ_EXPORT(zanClose, zanClose(s.img(), s.img(), s.i())),
     };
     return table;
 }
