@@ -113,7 +113,7 @@ Call rank(int side, zf::Rank kind) {
     };
 }
 Call morph(int radius, zf::Morph m) {
-    return [=](ZanImage* s, ZanImage* d, Isa isa) { zf::morphology(kBench, s, d, radius, m, isa); };
+    return [=](ZanImage* s, ZanImage* d, Isa isa) { zf::morphology(kBench, s, d, radius, radius, m, isa); };
 }
 Call fixed(int filter) {
     return [=](ZanImage* s, ZanImage* d, Isa isa) { zf::fixed(kBench, s, d, filter, isa); };

@@ -4,6 +4,7 @@
 // tiles, in place) against the plain model of filter_model.h.
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <functional>
 #include <memory>
 #include <random>
@@ -455,6 +456,11 @@ TEST_F(Filter, DocumentedResults) {
     EXPECT_EQ(get(out, 2, 2), 255);
     zanDeleteConvKernel(box);
     zanDeleteConvKernel(sobel);
+    // A negative shift scales up; the most negative one saturates like any other too large.
+    ZanConvKernel* up = zanCreateConvKernel(1, 1, 0, 0, ones, INT_MIN);
+    zanConvolve2D(c100, out, &up, 1, ZAN_SUM);
+    EXPECT_EQ(get(out, 2, 2), 255);
+    zanDeleteConvKernel(up);
     // Separable halves of a constant keep it.
     int pair[2] = {1, 1};
     ZanConvKernel* x = zanCreateConvKernel(2, 1, 0, 0, pair, 1);

@@ -44,6 +44,8 @@
 
 namespace zan {
 
+struct TileAccess;
+
 // One image of a point operation.
 struct FrameImage {
     ZanImage* image = nullptr;
@@ -93,6 +95,10 @@ public:
     ZanImage* mask() const { return mask_; }
     const Rect& maskRect() const { return maskRect_; }
 
+    // The widest block forEachBlock hands out: the common width, or less when
+    // the blocks follow tiles. What row buffers must hold.
+    int blockWidth() const;
+
     // Walks the common rectangle block by block. False after a reported tile failure.
     bool forEachBlock(BlockFn fn);
 
@@ -102,6 +108,8 @@ public:
 
 private:
     bool wholeBuffer() const;
+    // The images and the mask as the tile walk takes them; returns how many.
+    int tileAccess(TileAccess* access) const;
 
     Op op_;
     FrameImage images_[kMaxImages];

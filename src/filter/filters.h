@@ -27,8 +27,9 @@ bool rank(const Op& op, ZanImage* src, ZanImage* dst, int nCols, int nRows, int 
 bool fixed(const Op& op, ZanImage* src, ZanImage* dst, int filter, kern::Isa isa);
 
 enum class Morph { Erode, Dilate, Open, Close };
-// The square of side 2 * radius + 1.
-bool morphology(const Op& op, ZanImage* src, ZanImage* dst, int radius, Morph m, kern::Isa isa);
+// The rectangle reaching rx columns and ry rows each way from the pixel
+// (the square of the iterations, cut to the image's size).
+bool morphology(const Op& op, ZanImage* src, ZanImage* dst, int rx, int ry, Morph m, kern::Isa isa);
 
 }  // namespace filter
 }  // namespace zan

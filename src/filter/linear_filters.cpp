@@ -1,6 +1,7 @@
 #include "filter/linear_filters.h"
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <limits>
 
@@ -29,7 +30,8 @@ namespace {
 
 // The scaling of an integer kernel's exact sum.
 double scaled(double s, int shift, bool nearest) {
-    return shift < 0 ? std::ldexp(s, -shift) : postValue(s, shift, nearest);
+    // Shifts past the double's exponent range all overflow alike; INT_MIN cannot be negated.
+    return shift < 0 ? std::ldexp(s, -std::max(shift, -INT_MAX)) : postValue(s, shift, nearest);
 }
 
 // Responses of several kernels folded into one value.

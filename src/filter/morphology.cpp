@@ -15,16 +15,15 @@ namespace zan {
 namespace filter {
 namespace {
 
-bool pass(const Op& op, ZanImage* src, ZanImage* dst, int radius, bool max, kern::Isa isa) {
-    const int64_t side = 2 * int64_t(radius) + 1;
-    return runFilter(op, src, dst, side, side, radius, radius, "Out of memory",
+bool pass(const Op& op, ZanImage* src, ZanImage* dst, int rx, int ry, bool max, kern::Isa isa) {
+    return runFilter(op, src, dst, 2 * int64_t(rx) + 1, 2 * int64_t(ry) + 1, rx, ry, "Out of memory",
                      [&](const Rows& rows) { return RankFilter(rows, max, isa); });
 }
 
 }  // namespace
 
-bool morphology(const Op& op, ZanImage* src, ZanImage* dst, int radius, Morph m, kern::Isa isa) {
-    if (m == Morph::Erode || m == Morph::Dilate) return pass(op, src, dst, radius, m == Morph::Dilate, isa);
+bool morphology(const Op& op, ZanImage* src, ZanImage* dst, int rx, int ry, Morph m, kern::Isa isa) {
+    if (m == Morph::Erode || m == Morph::Dilate) return pass(op, src, dst, rx, ry, m == Morph::Dilate, isa);
     try {
         // The first result, of the common size: the second pass reads it as
         // an image with the source's borders and writes through both masks.
@@ -46,9 +45,9 @@ bool morphology(const Op& op, ZanImage* src, ZanImage* dst, int radius, Morph m,
         std::copy(src->borderValue, src->borderValue + 4, temp->borderValue);
         ZanImage first = *src;
         first.maskROI = nullptr;
-        if (!pass(op, &first, temp.get(), radius, m == Morph::Close, isa)) return false;
+        if (!pass(op, &first, temp.get(), rx, ry, m == Morph::Close, isa)) return false;
         temp->maskROI = src->maskROI;
-        const bool ok = pass(op, temp.get(), dst, radius, m == Morph::Open, isa);
+        const bool ok = pass(op, temp.get(), dst, rx, ry, m == Morph::Open, isa);
         temp->maskROI = nullptr;
         return ok;
     } catch (...) {
@@ -80,9 +79,11 @@ void checked(const Op& op, ZanImage* src, ZanImage* dst, int nIterations, Morph 
         ZAN_FAIL(op, ZAN_StsBadArg, fault);
         return;
     }
-    // Past the image's size a larger square reads nothing new.
-    const int radius = std::min(nIterations, std::max(src->width, src->height));
-    filter::morphology(op, src, dst, radius, m, kern::bestIsa());
+    // Along each axis, a reach past the image's size reads nothing new (the
+    // minimum or maximum of a square is that of its rows' and columns' spans):
+    // a tall narrow image keeps a short row window.
+    filter::morphology(op, src, dst, std::min(nIterations, src->width), std::min(nIterations, src->height), m,
+                       kern::bestIsa());
 }
 
 }  // namespace
