@@ -489,6 +489,96 @@ ZAN_API void ZAN_STDCALL zanRemap(ZanImage* srcImage, ZanImage* xMap, ZanImage* 
                                   int interpolate);
 ZAN_API void ZAN_STDCALL zanMirror(ZanImage* srcImage, ZanImage* dstImage, int flipAxis);
 
+/* ------------------------------------------------------------------------ */
+/* Filtering: convolution, blur, rank and fixed filters, morphology          */
+/* ------------------------------------------------------------------------ */
+/* Border modes of zanSetBorderMode: what a filter reads past the image edge.
+   Columns past the left or right edge follow that side's mode, rows past the
+   top or bottom edge that side's; where a constant side applies the pixel is
+   its borderValue (at a corner where both apply, the top or bottom side's). */
+#define ZAN_BORDER_REPLICATE 0 /* the nearest edge pixel (every new header) */
+#define ZAN_BORDER_CONSTANT  1 /* the side's borderValue */
+#define ZAN_BORDER_REFLECT   2 /* mirrored about the edge pixel: ... c b | a b c ... */
+#define ZAN_BORDER_WRAP      3 /* from the opposite edge */
+
+/* Sides, the bits of zanSetBorderMode's `from` (borderMode index 0 .. 3). */
+#define ZAN_SIDE_TOP     1
+#define ZAN_SIDE_BOTTOM  2
+#define ZAN_SIDE_LEFT    4
+#define ZAN_SIDE_RIGHT   8
+#define ZAN_SIDE_ALL    15
+
+/* Convolution kernels, stored turned by 180 degrees (anchors included), so
+   that the filters correlate with the stored values. */
+typedef struct ZanConvKernel {
+    int nCols, nRows;
+    int anchorX, anchorY; /* stored: nCols - 1 - anchorX, nRows - 1 - anchorY */
+    int* values;          /* nCols * nRows, in reverse order */
+    int nShiftR;          /* right shift of each response */
+} ZanConvKernel;
+
+typedef struct ZanConvKernelFP {
+    int nCols, nRows;
+    int anchorX, anchorY;
+    float* values;
+} ZanConvKernelFP;
+
+/* How several kernel responses combine. */
+#define ZAN_SUM        0
+#define ZAN_SUMSQ      1
+#define ZAN_SUMSQROOT  2
+#define ZAN_MAX        3
+#define ZAN_MIN        4
+
+/* Fixed filters of zanFixedFilter. */
+#define ZAN_PREWITT_3x3_V  0
+#define ZAN_PREWITT_3x3_H  1
+#define ZAN_SOBEL_3x3_V    2
+#define ZAN_SOBEL_3x3_H    3
+#define ZAN_LAPLACIAN_3x3  4
+#define ZAN_LAPLACIAN_5x5  5
+#define ZAN_GAUSSIAN_3x3   6
+#define ZAN_GAUSSIAN_5x5   7
+#define ZAN_HIPASS_3x3     8
+#define ZAN_HIPASS_5x5     9
+#define ZAN_SHARPEN       10
+
+ZAN_API ZanConvKernel* ZAN_STDCALL zanCreateConvKernel(int nCols, int nRows, int anchorX, int anchorY, int* values,
+                                                       int nShiftR);
+ZAN_API ZanConvKernel* ZAN_STDCALL zanCreateConvKernelChar(int nCols, int nRows, int anchorX, int anchorY,
+                                                           signed char* values, int nShiftR);
+ZAN_API ZanConvKernelFP* ZAN_STDCALL zanCreateConvKernelFP(int nCols, int nRows, int anchorX, int anchorY,
+                                                           float* values);
+ZAN_API void ZAN_STDCALL zanGetConvKernel(ZanConvKernel* kernel, int* nCols, int* nRows, int* anchorX, int* anchorY,
+                                          int** values, int* nShiftR);
+ZAN_API void ZAN_STDCALL zanGetConvKernelChar(ZanConvKernel* kernel, int* nCols, int* nRows, int* anchorX,
+                                              int* anchorY, char** values, int* nShiftR);
+ZAN_API void ZAN_STDCALL zanGetConvKernelFP(ZanConvKernelFP* kernel, int* nCols, int* nRows, int* anchorX,
+                                            int* anchorY, float** values);
+ZAN_API void ZAN_STDCALL zanDeleteConvKernel(ZanConvKernel* kernel);
+ZAN_API void ZAN_STDCALL zanDeleteConvKernelFP(ZanConvKernelFP* kernel);
+ZAN_API void ZAN_STDCALL zanConvolve2D(ZanImage* srcImage, ZanImage* dstImage, ZanConvKernel** kernel, int nKernels,
+                                       int combineMethod);
+ZAN_API void ZAN_STDCALL zanConvolve2DFP(ZanImage* srcImage, ZanImage* dstImage, ZanConvKernelFP** kernel,
+                                         int nKernels, int combineMethod);
+ZAN_API ZanStatus ZAN_STDCALL zanConvolveSep2D(ZanImage* srcImage, ZanImage* dstImage, ZanConvKernel* xKernel,
+                                               ZanConvKernel* yKernel);
+ZAN_API ZanStatus ZAN_STDCALL zanConvolveSep2DFP(ZanImage* srcImage, ZanImage* dstImage, ZanConvKernelFP* xKernel,
+                                                 ZanConvKernelFP* yKernel);
+ZAN_API void ZAN_STDCALL zanBlur(ZanImage* srcImage, ZanImage* dstImage, int nCols, int nRows, int anchorX,
+                                 int anchorY);
+ZAN_API void ZAN_STDCALL zanMaxFilter(ZanImage* srcImage, ZanImage* dstImage, int nCols, int nRows, int anchorX,
+                                      int anchorY);
+ZAN_API void ZAN_STDCALL zanMinFilter(ZanImage* srcImage, ZanImage* dstImage, int nCols, int nRows, int anchorX,
+                                      int anchorY);
+ZAN_API void ZAN_STDCALL zanMedianFilter(ZanImage* srcImage, ZanImage* dstImage, int nCols, int nRows, int anchorX,
+                                         int anchorY);
+ZAN_API ZanStatus ZAN_STDCALL zanFixedFilter(ZanImage* srcImage, ZanImage* dstImage, int filter);
+ZAN_API void ZAN_STDCALL zanErode(ZanImage* srcImage, ZanImage* dstImage, int nIterations);
+ZAN_API void ZAN_STDCALL zanDilate(ZanImage* srcImage, ZanImage* dstImage, int nIterations);
+ZAN_API void ZAN_STDCALL zanOpen(ZanImage* srcImage, ZanImage* dstImage, int nIterations);
+ZAN_API void ZAN_STDCALL zanClose(ZanImage* srcImage, ZanImage* dstImage, int nIterations);
+
 #ifdef __cplusplus
 } /* extern "C" */
 #endif

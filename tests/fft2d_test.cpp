@@ -225,6 +225,10 @@ TEST_F(Fft2D, ProductOfSpectraConvolves) {
     // (0,0), (3,0), (0,1), (3,1) are real; (1,y)+(2,y) complex pairs.
     const double want[] = {32767, 2 * 5 - 3 * 7, 2 * 7 + 3 * 5, -21, 5, 4 * -2 - 1 * 2, 4 * 2 + 1 * -2, 6};
     for (int i = 0; i < 8; ++i) EXPECT_EQ(get(r, i % 4, i / 4), want[i]) << i;
+    // ROIs past the images' edges select no entry: nothing is read or written.
+    for (ZanImage* im : {p.im, q.im, r.im}) im->roi = zanCreateROI(0, 10, 10, 1, 1);
+    zanMpyRCPack2D(p, q, r);
+    for (int i = 0; i < 8; ++i) EXPECT_EQ(get(r, i % 4, i / 4), want[i]) << i;
     EXPECT_TRUE(log.empty());
 }
 

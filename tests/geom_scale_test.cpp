@@ -2,6 +2,8 @@
 // formulas: every mode, depths, channels, ROIs, masks, plane order and tiles.
 #include <gtest/gtest.h>
 
+#include <climits>
+
 #include "geom_model.h"
 
 using namespace zantest;
@@ -176,6 +178,18 @@ TEST_F(Scaling, CubicReproducesARamp) {
     zanZoom(s, d, 3, 1, 3, 1, ZAN_INTER_CUBIC);
     for (int y = 0; y < 18; ++y)
         for (int x = 0; x < 36; ++x) ASSERT_EQ(10 + 2 * x + y, get(d, x, y)) << x << "," << y;
+}
+
+// A box far wider than the row: nearly all of it lies past the two edges, so
+// every pixel becomes the mean of the edge pixels (and comes back at once).
+TEST_F(Scaling, BoxWiderThanTheRowMeansTheEdges) {
+    Image s(1, ZAN_DEPTH_8U, 8, 4), d(1, ZAN_DEPTH_8U, 8, 4);
+    for (int y = 0; y < 4; ++y)
+        for (int x = 0; x < 8; ++x) put(s, x, y, 0, 30 * x);
+    zanDecimateExt(s, d, 1, 1, 1, 1, ZAN_INTER_NN, INT_MAX, 0);
+    ASSERT_EQ(ZAN_StsOk, zanGetErrStatus());
+    for (int y = 0; y < 4; ++y)
+        for (int x = 0; x < 8; ++x) EXPECT_NEAR(105, get(d, x, y), 1) << x << "," << y;
 }
 
 }  // namespace

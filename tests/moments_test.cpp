@@ -1,6 +1,7 @@
 // Image moments against their sums: every order and form, through the state
 // and straight from the image; ROIs, masks, channels of interest, 1-bit and
 // tiled images; zero mass; and the refusals.
+#include <climits>
 #include <cmath>
 #include <random>
 
@@ -107,6 +108,7 @@ TEST_F(Moments, ZeroMassAndRefusals) {
         {[](Pair&) { EXPECT_EQ(zanGetSpatialMoment(nullptr, 0, 0), 0); }, -5, "mState == 0"},
         {[&](Pair&) { zanGetSpatialMoment(&s, 2, 2); }, -5, "mOrd < 0 || nOrd < 0 || mOrd + nOrd > 3"},
         {[&](Pair&) { zanGetSpatialMoment(&s, -1, 0); }, -5, "mOrd < 0 || nOrd < 0 || mOrd + nOrd > 3"},
+        {[&](Pair&) { zanGetSpatialMoment(&s, INT_MAX, INT_MAX); }, -5, "mOrd < 0 || nOrd < 0 || mOrd + nOrd > 3"},
     };
     runChecks(getters, log, "zanGetSpatialMoment", "zanmoments");
     log.clear();

@@ -23,8 +23,8 @@ bool refuse(const Op& op, const char* text) {
     return false;
 }
 
-bool headerOk(const Op& op, const ZanImage* im) {
-    if (checkImage(im) >= 0) return true;
+bool headerOk(const Op& op, const ZanImage* im, bool asMask = false) {
+    if ((asMask ? checkMask(im) : checkImage(im)) >= 0) return true;
     ZAN_FAIL(op, zanGetErrStatus(), "Incorrect Image");
     return false;
 }
@@ -153,7 +153,7 @@ bool checkMasks(const Op& op, const FrameImage* images, int n, const char* alpha
     for (int i = 0; i < n; ++i) {
         const ZanImage* m = images[i].image->maskROI;
         if (!m) continue;
-        if (!headerOk(op, m)) return false;
+        if (!headerOk(op, m, true)) return false;
         if (alphaNotLast(m)) return refuse(op, alphaText);
     }
     return true;

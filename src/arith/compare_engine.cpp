@@ -37,7 +37,7 @@ struct Pred {
 // i satisfies the relation. `second` yields the right-hand side of channel k.
 template <class Load, class Second>
 void resultRow(const Pixel& px, int y, int w, const Pred& pred, Load load, Second second, uint8_t* bits) {
-    std::memset(bits, 0, size_t(w + 7) / 8);
+    std::memset(bits, 0, size_t(bitBytes(w)));
     for (int k = 0; k < px.ch.count; ++k) {
         auto a = load(*px.view, px.ch.first + k, y);
         auto b = second(k, y);
@@ -63,7 +63,7 @@ bool fastConstant8u(const Pixel& px, int y, int w, Relation rel, int value, uint
                                                                    : kern::Rel::Equal,
                                         kern::bestIsa());
     auto rowOf = [&](int c) { return reinterpret_cast<const uint8_t*>(v.channel(c) + ptrdiff_t(y) * v.rowStep); };
-    const size_t bytes = size_t(w + 7) / 8;
+    const size_t bytes = size_t(bitBytes(w));
     if (pixelRow) {
         // One bit per sample, then a pixel holds when all of its samples do.
         const int n = px.ch.count;
@@ -108,7 +108,7 @@ ZanStatus walk(const Op& op, ZanImage* const* sources, int nSources, ZanImage& r
     PointFrame frame(op, images, nSources + 1);
     frame.setNoMemoryText("Allocation failure");
     if (!frame.begin()) return frame.failed() ? ZAN_StsNoMem : ZAN_StsOk;
-    const size_t bytes = size_t(frame.width() + 7) / 8 + 1;
+    const size_t bytes = size_t(bitBytes(frame.blockWidth())) + 1;
     // tmp holds a bit per sample of a pixel row.
     std::vector<uint8_t> bits(bytes), keep(bytes), tmp(bytes * size_t(sources[0]->nChannels));
     bool ok = frame.forEachBlock([&](const View* v, const View* mask, int w, int h) {
@@ -134,7 +134,7 @@ ZanStatus compareWithConstant(const Op& op, ZanImage& img, ZanImage& res, const 
         Pixel px{&v[0], ch};
         if (integer && (value < range.lo || value > range.hi)) {
             // Every sample relates to the constant alike: take the outcome of any.
-            std::memset(bits, pred(range.lo, value) ? 0xFF : 0x00, size_t(w + 7) / 8);
+            std::memset(bits, pred(range.lo, value) ? 0xFF : 0x00, size_t(bitBytes(w)));
             return;
         }
         if (integer && fastConstant8u(px, y, w, rule.rel, int(value), bits, tmp)) return;

@@ -56,8 +56,13 @@ void bitwiseConst(const Op& op, kern::Bitwise which, ZanImage* src, ZanImage* ds
 }  // namespace
 
 // A one-channel 1-bit image is laid out alike in either data order, so masks
-// of any order combine into the plane-order temporary.
-void andMasks(ZanImage* a, ZanImage* b, ZanImage* dst) { bitwise(kAnd, kern::Bitwise::And, a, b, dst, false); }
+// of any order combine into the plane-order temporary. A mask's own mask plays
+// no part: the AND runs on copies of the headers without it.
+void andMasks(ZanImage* a, ZanImage* b, ZanImage* dst) {
+    ZanImage bareA = *a, bareB = *b;
+    bareA.maskROI = bareB.maskROI = nullptr;
+    bitwise(kAnd, kern::Bitwise::And, &bareA, &bareB, dst, false);
+}
 
 }  // namespace zan
 

@@ -4,16 +4,10 @@
 #include <cstdint>
 #include <cstring>
 
+#include "core/bits.h"
 #include "core/view.h"
 
 namespace zan {
-
-// Pixel i of a bit row whose first pixel is bit `offset` of p[0] (most
-// significant bit first).
-inline bool bitAt(const uint8_t* p, int offset, int i) {
-    int b = offset + i;
-    return (p[b >> 3] >> (7 - (b & 7))) & 1;
-}
 
 template <class T>
 struct SampleRow {

@@ -44,9 +44,10 @@ bool runPixels(const Op& op, ZanImage* src, ZanImage* dst, const PixelJob& job) 
     const bool bits = dst->depth == ZAN_DEPTH_1U, staged = bits || frame.masked();
     const int bytes = bits ? 1 : depthBytes(dst->depth);
     // Staged rows: the kernel writes planes here, then the mask decides.
-    const size_t plane = (size_t(frame.width()) * 4 + 63) & ~size_t(63);
+    const int64_t planeBytes = (int64_t(frame.blockWidth()) * 4 + 63) & ~int64_t(63);
+    const size_t plane = size_t(productWithin(planeBytes, 5, INT32_MAX) < 0 ? 0 : planeBytes);
     Buffer tmp(staged ? plane * 5 : 0);
-    if (staged && !tmp) {
+    if (staged && (!plane || !tmp)) {
         ZAN_FAIL(op, ZAN_StsNoMem, "Out of memory");
         return false;
     }

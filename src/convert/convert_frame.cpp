@@ -65,8 +65,12 @@ struct Converter {
     char* at(Slot s) const { return tmp.get() + slot * size_t(s); }
     uint8_t* bytes(Slot s) const { return reinterpret_cast<uint8_t*>(at(s)); }
 
+    // Room for rows of `width` samples of up to 4 bytes; false when that is
+    // more than an int can count or the heap refuses.
     bool reserve(int width) {
-        slot = (size_t(width) * 4 + 63) & ~size_t(63);
+        int64_t bytes = (int64_t(width) * 4 + 63) & ~int64_t(63);
+        if (productWithin(bytes, kSlots, INT32_MAX) < 0) return false;
+        slot = size_t(bytes);
         tmp = Buffer(slot * kSlots);
         return bool(tmp);
     }
@@ -107,7 +111,7 @@ struct Converter {
             const uint8_t* res = bytes(kResult);
             row(src, bytes(kResult), w, c);
             uint8_t* bits = bytes(kBits);
-            std::memset(bits, 0, size_t(w + 7) >> 3);
+            std::memset(bits, 0, size_t(bitBytes(w)));
             for (int x = 0; x < w; ++x)
                 if (res[x]) bits[x >> 3] |= uint8_t(0x80 >> (x & 7));
             scatterBits(bits, w, keep, reinterpret_cast<uint8_t*>(d.data + yd * d.rowStep), d.bitOffset);
@@ -206,7 +210,7 @@ bool convertImage(const Op& op, const FrameImage* images, const ConvertPlan& pla
     if (!frame.begin()) return !frame.failed();
     cv.wholePixels = !cv.pairs.broadcast && onePixelRun(src, cv.pairs.srcFirst, cv.pairs.count) &&
                      onePixelRun(dst, cv.pairs.dstFirst, cv.pairs.count) && (!plan.perChannel || cv.pairs.count == 1);
-    if (!cv.reserve(frame.width())) {
+    if (!cv.reserve(frame.blockWidth())) {
         ZAN_FAIL(op, ZAN_StsNoMem, "Out of memory");
         return false;
     }

@@ -50,8 +50,9 @@ bool countSamples(ZanImage* src, const Channels& ch, int histSize, std::vector<u
     counts.assign(stride * size_t(ch.count), 0);
     FrameImage image{src, false, "Error get tile to read", ZAN_StsError};
     PointFrame frame(kComputeHisto, &image, 1);
-    if (!frame.begin()) return !frame.failed();
-    std::vector<uint8_t> bits(size_t(frame.width() + 7) / 8 + 1), keep(bits.size());
+    // An image whose only channel is its alpha channel has nothing to count.
+    if (ch.count == 0 || !frame.begin()) return !frame.failed();
+    std::vector<uint8_t> bits(size_t(bitBytes(frame.blockWidth())) + 1), keep(bits.size());
     return frame.forEachBlock([&](const View* v, const View* mask, int w, int h) {
         const View& s = v[0];
         const int step = s.planeStep ? 1 : s.pixelStep;

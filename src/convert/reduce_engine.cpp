@@ -48,7 +48,7 @@ void storeRow(const View& v, char* row, int bits, const int32_t* in) {
             // kept, 64 stays 0 and 65 to 255 set the bit.
             auto* d = reinterpret_cast<uint8_t*>(row);
             for (int x = 0; x < v.width; ++x) {
-                int b = x + v.bitOffset;
+                int64_t b = int64_t(x) + v.bitOffset;
                 uint8_t bit = static_cast<uint8_t>(0x80 >> (b & 7));
                 d[b >> 3] = static_cast<uint8_t>(in[x] >> (bits - 1) ? d[b >> 3] | bit : d[b >> 3] & ~bit);
             }

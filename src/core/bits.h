@@ -4,16 +4,26 @@
 
 namespace zan {
 
+// Bytes that a row of `width` bits spans; right for any int width, INT_MAX included.
+inline int bitBytes(int width) { return int((int64_t(width) + 7) >> 3); }
+
+// Pixel i of a bit row whose first pixel is bit `offset` of p[0] (most
+// significant bit first). The bit index is wide: i may be close to INT_MAX.
+inline bool bitAt(const uint8_t* p, int offset, int i) {
+    int64_t b = int64_t(offset) + i;
+    return (p[b >> 3] >> (7 - (b & 7))) & 1;
+}
+
 // Copies `width` bits starting at bit `offset` of src into out, realigned so
 // that bit 7 of out[0] is the first pixel. Reads only the bytes the row spans;
 // bits of the last byte past the row are unspecified.
 inline void gatherBits(const uint8_t* src, int offset, int width, uint8_t* out) {
-    int bytes = (width + 7) >> 3;
+    int bytes = bitBytes(width);
     if (offset == 0) {
         for (int k = 0; k < bytes; ++k) out[k] = src[k];
         return;
     }
-    int spanned = (offset + width + 7) >> 3;
+    int spanned = int((int64_t(offset) + width + 7) >> 3);
     for (int k = 0; k < bytes; ++k) {
         unsigned v = unsigned(src[k]) << offset;
         if (k + 1 < spanned) v |= unsigned(src[k + 1]) >> (8 - offset);
@@ -34,7 +44,7 @@ inline uint8_t writeMask(int k, int width, const uint8_t* keep) {
 // Writes the aligned row `bits` to dst from bit `offset`, touching only the
 // destination bits selected by writeMask; bytes without such bits are not accessed.
 inline void scatterBits(const uint8_t* bits, int width, const uint8_t* keep, uint8_t* dst, int offset) {
-    int bytes = (width + 7) >> 3;
+    int bytes = bitBytes(width);
     for (int k = 0; k < bytes; ++k) {
         unsigned m = writeMask(k, width, keep), v = bits[k];
         if (!m) continue;

@@ -3,14 +3,15 @@
 
 #include "core/check.h"
 #include "core/op.h"
+#include "core/tiles.h"
 
+namespace zan {
 namespace {
-const zan::Op kClone{"zanCloneImage", "zanClone"};
-}
 
-extern "C" ZAN_API ZanImage* ZAN_STDCALL zanCloneImage(const ZanImage* image) {
-    using zan::fail;
-    if (zan::checkImage(image) < 0) {
+const Op kClone{"zanCloneImage", "zanClone"};
+
+ZanImage* cloneImage(const ZanImage* image) {
+    if (checkImage(image) < 0) {
         ZAN_FAIL(kClone, zanGetErrStatus(), "Incorrect Image");
         return nullptr;
     }
@@ -51,18 +52,34 @@ extern "C" ZAN_API ZanImage* ZAN_STDCALL zanCloneImage(const ZanImage* image) {
         zanDeallocate(clone, ZAN_IMAGE_ALL);
         return nullptr;
     }
-    // A tiled source gives an untiled clone whose pixels are left as allocated.
-    if (!image->tileInfo) {
-        if (image->widthStep == clone->widthStep && image->imageSize == clone->imageSize) {
-            std::memcpy(clone->imageData, image->imageData, static_cast<size_t>(image->imageSize));
-        } else {
-            // A caller-made header may pad its rows differently: copy row by row.
-            int rows = image->height * (image->dataOrder == ZAN_DATA_ORDER_PLANE ? image->nChannels : 1);
-            int n = image->widthStep < clone->widthStep ? image->widthStep : clone->widthStep;
-            for (int r = 0; r < rows; ++r)
-                std::memcpy(clone->imageData + size_t(r) * clone->widthStep,
-                            image->imageData + size_t(r) * image->widthStep, size_t(n));
+    if (image->tileInfo) {
+        // The clone's pixels come from the source's tiles, through its callback.
+        TileAccess from[2] = {{const_cast<ZanImage*>(image), {0, 0, image->width, image->height}, false,
+                               ZAN_StsError, "Error get tile to read"},
+                              {clone, {0, 0, image->width, image->height}, true, ZAN_StsError, nullptr}};
+        if (!walkTiles(kClone, from, 2, image->width, image->height,
+                       [](const View* v, int, int) { copyBlock(v[0], v[1]); })) {
+            zanDeallocate(clone, ZAN_IMAGE_ALL);
+            return nullptr;
         }
+    } else if (image->widthStep == clone->widthStep && image->imageSize == clone->imageSize) {
+        std::memcpy(clone->imageData, image->imageData, static_cast<size_t>(image->imageSize));
+    } else {
+        // A caller-made header may pad its rows differently: copy row by row.
+        int rows = image->height * (image->dataOrder == ZAN_DATA_ORDER_PLANE ? image->nChannels : 1);
+        int n = image->widthStep < clone->widthStep ? image->widthStep : clone->widthStep;
+        for (int r = 0; r < rows; ++r)
+            std::memcpy(clone->imageData + ptrdiff_t(r) * clone->widthStep,
+                        image->imageData + ptrdiff_t(r) * image->widthStep, size_t(n));
     }
+    return clone;
+}
+
+}  // namespace
+}  // namespace zan
+
+extern "C" ZAN_API ZanImage* ZAN_STDCALL zanCloneImage(const ZanImage* image) {
+    ZanImage* clone = nullptr;
+    zan::guarded(zan::kClone, [&] { clone = zan::cloneImage(image); });
     return clone;
 }

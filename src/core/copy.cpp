@@ -47,6 +47,13 @@ uint32_t fillPattern(int depth, int value) {
     return static_cast<uint32_t>(zan::clampToDepth(depth, value));
 }
 
+// zanSet's header check, reported under its name.
+bool setHeaderOk(ZanImage* image) {
+    if (zan::checkImage(image) >= 0) return true;
+    ZAN_FAIL(kSet, zanGetErrStatus(), "Incorrect Image");
+    return false;
+}
+
 }  // namespace
 
 extern "C" ZAN_API void ZAN_STDCALL zanCopy(ZanImage* srcImage, ZanImage* dstImage) {
@@ -63,12 +70,10 @@ extern "C" ZAN_API void ZAN_STDCALL zanExchange(ZanImage* ImageA, ZanImage* Imag
     });
 }
 
+
 extern "C" ZAN_API void ZAN_STDCALL zanSet(ZanImage* image, int fillValue) {
     zan::guarded(kSet, [&] {
-        if (zan::checkImage(image) < 0) {
-            ZAN_FAIL(kSet, zanGetErrStatus(), "Incorrect Image");
-            return;
-        }
+        if (!setHeaderOk(image)) return;
         if (image->depth == ZAN_DEPTH_32F) {
             ZAN_FAIL(kSet, ZAN_StsBadDepth, "You should use zanSetFP for this image");
             return;
@@ -87,12 +92,14 @@ extern "C" ZAN_API void ZAN_STDCALL zanSetFP(ZanImage* image, float fillValue) {
             ZAN_FAIL(kSetFP, ZAN_StsBadDepth, "You should use zanSet for this image");
             return;
         }
-        // 32S takes the value unclamped, so the float's bits land exactly.
-        int bits;
+        // The float's bits go in as a 32-bit word, as zanSet would store an
+        // unclamped 32S value, without the header's depth ever changing: the
+        // caller's header is only read, so other threads may read it meanwhile.
+        uint32_t bits;
         std::memcpy(&bits, &fillValue, sizeof bits);
-        image->depth = ZAN_DEPTH_32S;
-        zanSet(image, bits);
+        zan::guarded(kSet, [&] {
+            if (setHeaderOk(image)) zan::moveRegion(kSet, Move::Fill, image, nullptr, bits);
+        });
         if (zanGetErrStatus() < 0) ZAN_FAIL(kSetFP, ZAN_StsBackTrace, "");
-        image->depth = ZAN_DEPTH_32F;
     });
 }

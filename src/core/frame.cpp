@@ -42,7 +42,8 @@ bool PointFrame::begin() {
         char model[] = "GRAY", seq[] = "G   ";
         tempMask_ = zanCreateImageHeader(1, 0, ZAN_DEPTH_1U, model, seq, ZAN_DATA_ORDER_PLANE, masks[0]->origin, 4,
                                          w, h, nullptr, nullptr, nullptr, nullptr);
-        if (tempMask_) zanAllocateImage(tempMask_, 0, 0);
+        // Cleared first: should the AND fail, no pixel is selected by stale bits.
+        if (tempMask_) zanAllocateImage(tempMask_, 1, 0);
         if (!tempMask_ || !tempMask_->imageData) {
             ZAN_FAIL(op_, ZAN_StsNoMem, noMemText_);
             failed_ = true;
@@ -65,8 +66,7 @@ bool PointFrame::begin() {
     return width_ > 0 && height_ > 0;
 }
 
-bool PointFrame::forEachBlock(BlockFn fn) {
-    TileAccess access[kMaxImages + 1];
+int PointFrame::tileAccess(TileAccess* access) const {
     for (int i = 0; i < n_; ++i) {
         const FrameImage& f = images_[i];
         access[i].image = f.image;
@@ -81,6 +81,17 @@ bool PointFrame::forEachBlock(BlockFn fn) {
         access[n].rect = maskRect_;
         ++n;
     }
+    return n;
+}
+
+int PointFrame::blockWidth() const {
+    TileAccess access[kMaxImages + 1];
+    return widestBlock(access, tileAccess(access), width_);
+}
+
+bool PointFrame::forEachBlock(BlockFn fn) {
+    TileAccess access[kMaxImages + 1];
+    int n = tileAccess(access);
     return walkTiles(op_, access, n, width_, height_, [&](const View* views, int w, int h) {
         fn(views, mask_ ? &views[n_] : nullptr, w, h);
     });
@@ -101,14 +112,12 @@ bool coversImage(const ZanImage& im) {
 
 bool compatible(const ZanImage& a, const ZanImage& b) {
     return !a.tileInfo && !b.tileInfo && a.width == b.width && a.height == b.height && a.imageSize == b.imageSize &&
-           a.align == b.align && a.nChannels == b.nChannels && a.dataOrder == b.dataOrder && coversImage(a) &&
-           coversImage(b);
+           a.widthStep == b.widthStep && a.align == b.align && a.nChannels == b.nChannels &&
+           a.dataOrder == b.dataOrder && coversImage(a) && coversImage(b);
 }
 
 bool maskBit(const View& m, int y, int x) {
-    int bit = x + m.bitOffset;
-    auto* row = reinterpret_cast<const uint8_t*>(m.data + y * m.rowStep);
-    return (row[bit >> 3] >> (7 - (bit & 7))) & 1;
+    return bitAt(reinterpret_cast<const uint8_t*>(m.data + y * m.rowStep), m.bitOffset, x);
 }
 
 // Moves `count` samples of B bytes between strided and packed storage.
@@ -148,9 +157,12 @@ void scatter(const char* in, int stride, int count, int bytes, char* dst) {
 struct RowBuffers {
     Buffer buf;
     size_t size = 0;
-    bool reserve(int images, size_t bytes) {
-        size = (bytes + 63) & ~size_t(63);
-        buf = Buffer(size * size_t(images));
+    bool reserve(int images, int64_t bytes) {
+        int64_t padded = (bytes + 63) & ~int64_t(63);
+        int64_t total = bytes < 0 ? -1 : productWithin(padded, images, INT32_MAX);
+        if (total < 0) return false;
+        size = size_t(padded);
+        buf = Buffer(size_t(total));
         return bool(buf);
     }
     char* at(int i) const { return buf.get() + size * size_t(i); }
@@ -180,7 +192,7 @@ struct BlockRun {
                 }
             }
             if (keep) gatherBits(reinterpret_cast<const uint8_t*>(mask->data + y * mask->rowStep), mask->bitOffset, w, keep);
-            row(src, res, (w + 7) >> 3);
+            row(src, res, bitBytes(w));
             scatterBits(reinterpret_cast<uint8_t*>(res), w, keep,
                         reinterpret_cast<uint8_t*>(d.data + y * d.rowStep), d.bitOffset);
         }
@@ -275,8 +287,10 @@ bool PointFrame::samples(RowKernel row) {
     }
     BlockRun r{row, nSrc, {}, {}};
     for (int i = 0; i < n_; ++i) r.ch[i] = selectChannels(*images_[i].image, true);
-    size_t rowBytes = d.depth == ZAN_DEPTH_1U ? size_t(width_ + 7) / 8
-                                              : size_t(width_) * size_t(d.nChannels) * size_t(depthBytes(d.depth));
+    const int widest = blockWidth();
+    int64_t rowBytes = d.depth == ZAN_DEPTH_1U
+                           ? bitBytes(widest)
+                           : productWithin(int64_t(widest) * d.nChannels, depthBytes(d.depth), INT32_MAX);
     if (!r.tmp.reserve(n_ + 1, rowBytes)) {
         ZAN_FAIL(op_, ZAN_StsNoMem, "Out of memory");
         return false;

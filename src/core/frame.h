@@ -44,6 +44,8 @@
 
 namespace zan {
 
+struct TileAccess;
+
 // One image of a point operation.
 struct FrameImage {
     ZanImage* image = nullptr;
@@ -89,6 +91,13 @@ public:
     int height() const { return height_; }
     // The image's processed rectangle (its offset; the size may exceed the common one).
     const Rect& rect(int i) const { return rects_[i]; }
+    // The combined mask (null without one) and its rectangle, for engines that walk on their own.
+    ZanImage* mask() const { return mask_; }
+    const Rect& maskRect() const { return maskRect_; }
+
+    // The widest block forEachBlock hands out: the common width, or less when
+    // the blocks follow tiles. What row buffers must hold.
+    int blockWidth() const;
 
     // Walks the common rectangle block by block. False after a reported tile failure.
     bool forEachBlock(BlockFn fn);
@@ -99,6 +108,8 @@ public:
 
 private:
     bool wholeBuffer() const;
+    // The images and the mask as the tile walk takes them; returns how many.
+    int tileAccess(TileAccess* access) const;
 
     Op op_;
     FrameImage images_[kMaxImages];

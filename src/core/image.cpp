@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "core/check.h"
 #include "core/depth.h"
 #include "core/op.h"
 
@@ -34,7 +35,7 @@ ZanStatus validateLayout(int nChannels, int alphaChannel, int depth, bool namesP
     if (mask) {
         if (mask->depth != ZAN_DEPTH_1U) return ZAN_StsBadDepth + ZAN_StsMaskBase;
         if (mask->tileInfo) return ZAN_StsMaskIsTiled;
-        ZanStatus s = zanCheckImageHeader(mask);
+        ZanStatus s = checkHeaderFields(mask, true);  // the mask's own mask is not followed
         if (s < 0) return s + ZAN_StsMaskBase;
     }
     int step, size;

@@ -23,11 +23,6 @@ inline void store(char* p, T v) {
     std::memcpy(p, &v, sizeof v);
 }
 
-inline bool maskBit(const u8* row, int off, int x) {
-    int b = off + x;
-    return (row[b >> 3] >> (7 - (b & 7))) & 1;
-}
-
 template <class T>
 void fillRun(char* p, size_t n, T v) {
     if constexpr (sizeof(T) == 1) {
@@ -67,7 +62,7 @@ void moveSamples(const ChannelPairing& ch, const View& a, const View& b, const V
             char* pa = a.channel(ch.firstA + c) + y * a.rowStep;
             char* pb = b.channel(ch.firstB + c) + y * b.rowStep;
             for (int x = 0; x < w; ++x) {
-                if (mrow && !maskBit(mrow, mask->bitOffset, x)) continue;
+                if (mrow && !bitAt(mrow, mask->bitOffset, x)) continue;
                 char* sa = pa + x * stepA;
                 char* sb = pb + x * stepB;
                 if constexpr (M == Move::Copy) {
@@ -99,7 +94,7 @@ void moveTyped(Move move, const ChannelPairing& ch, const View& a, const View& b
 // 1-bit rows go through byte-aligned row buffers, so any bit offsets pair up
 // and bits outside the block (or under a clear mask bit) are never written.
 void moveBitRows(Move move, const View& a, const View& b, const View* mask, uint32_t fill, int w, int h) {
-    size_t bytes = (size_t(w) + 7) / 8;
+    size_t bytes = size_t(bitBytes(w));
     std::vector<uint8_t> rowA(bytes), rowB(bytes, fill & 1 ? 0xFF : 0), keep(mask ? bytes : 0);
     for (int y = 0; y < h; ++y) {
         auto* ra = reinterpret_cast<uint8_t*>(a.data + y * a.rowStep);

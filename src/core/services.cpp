@@ -24,6 +24,8 @@ constexpr size_t kExtra = 68;
 
 void* alignedAlloc(int count, size_t elementSize) {
     if (count < 0) return nullptr;  // a negative size is never a sensible request
+    // Where size_t is 32 bits, 8 x length can pass it: refuse rather than wrap to a small block.
+    if (static_cast<size_t>(count) > (SIZE_MAX - kExtra) / elementSize) return nullptr;
     size_t bytes = static_cast<size_t>(count) * elementSize + kExtra;
     void* heap = std::malloc(bytes);
     if (!heap) return nullptr;

@@ -34,9 +34,21 @@ struct Staged {
     ptrdiff_t rowStep = 0;
 };
 
+// Image coordinate of the first pixel of tile `index`, and one past its last.
+// A tile may end past INT_MAX (the last column of a very wide image), so in 64 bits.
+int64_t tileStart(int index, int size) { return int64_t(index) * size; }
+int64_t tileEnd(int index, int size) { return (int64_t(index) + 1) * size; }
+
+// The part [lo, lo + len) of a span that falls in tile `index`, as [*from, *to).
+void clipToTile(int lo, int len, int index, int size, int* from, int* to) {
+    *from = int(std::max<int64_t>(lo, tileStart(index, size)));
+    *to = int(std::min<int64_t>(int64_t(lo) + len, tileEnd(index, size)));
+}
+
 View tileView(const ZanImage& im, int col, int row, int x, int y, int w, int h) {
     const ZanTileInfo* t = im.tileInfo;
-    return viewAt(im, t->tileData, tileRowStep(&im), t->height, x - col * t->width, y - row * t->height, w, h);
+    return viewAt(im, t->tileData, tileRowStep(&im), t->height, int(x - tileStart(col, t->width)),
+                  int(y - tileStart(row, t->height)), w, h);
 }
 
 // Moves pixels between the staging buffer and the image's tiles; toTiles writes back.
@@ -46,8 +58,9 @@ bool transfer(const Op& op, const TileAccess& a, Staged& s, bool toTiles) {
     TileSpan span = tileSpan(s.x0, s.y0, s.width, s.height, t->width, t->height);
     for (int r = span.firstRow; r < span.firstRow + span.rows; ++r) {
         for (int c = span.firstCol; c < span.firstCol + span.cols; ++c) {
-            int ix0 = std::max(s.x0, c * t->width), ix1 = std::min(s.x0 + s.width, (c + 1) * t->width);
-            int iy0 = std::max(s.y0, r * t->height), iy1 = std::min(s.y0 + s.height, (r + 1) * t->height);
+            int ix0, ix1, iy0, iy1;
+            clipToTile(s.x0, s.width, c, t->width, &ix0, &ix1);
+            clipToTile(s.y0, s.height, r, t->height, &iy0, &iy1);
             if (!fetch(op, a, c, r, toTiles ? ZAN_TILE_GET_WRITE : ZAN_TILE_GET_READ)) return false;
             View tile = tileView(im, c, r, ix0, iy0, ix1 - ix0, iy1 - iy0);
             View staged = viewAt(im, s.buffer.get(), s.rowStep, s.height, ix0 - s.x0, iy0 - s.y0, ix1 - ix0,
@@ -62,23 +75,33 @@ bool transfer(const Op& op, const TileAccess& a, Staged& s, bool toTiles) {
     return true;
 }
 
+// The image whose tiles the blocks follow: the first tiled image written,
+// else the first tiled one; -1 when none is tiled.
+int drivingImage(const TileAccess* images, int n) {
+    for (int i = 0; i < n; ++i)
+        if (images[i].image->tileInfo && images[i].write) return i;
+    for (int i = 0; i < n; ++i)
+        if (images[i].image->tileInfo) return i;
+    return -1;
+}
+
 }  // namespace
 
+int widestBlock(const TileAccess* images, int n, int w) {
+    int driver = drivingImage(images, n);
+    return driver < 0 ? w : std::min(w, images[driver].image->tileInfo->width);
+}
+
 TileSpan tileSpan(int x0, int y0, int w, int h, int tw, int th) {
-    x0 = std::max(x0, 0);
-    y0 = std::max(y0, 0);
-    return {x0 / tw, y0 / th, (x0 + w - 1) / tw - x0 / tw + 1, (y0 + h - 1) / th - y0 / th + 1};
+    int64_t x = std::max(x0, 0), y = std::max(y0, 0);
+    return {int(x / tw), int(y / th), int((x + w - 1) / tw - x / tw + 1), int((y + h - 1) / th - y / th + 1)};
 }
 
 bool walkTiles(const Op& op, const TileAccess* images, int n, int w, int h,
                FunctionRef<void(const View*, int, int)> fn) {
     if (n <= 0 || n > kMaxImages || w <= 0 || h <= 0) return true;
     View views[kMaxImages];
-    int driver = -1;
-    for (int i = 0; i < n && driver < 0; ++i)
-        if (images[i].image->tileInfo && images[i].write) driver = i;
-    for (int i = 0; i < n && driver < 0; ++i)
-        if (images[i].image->tileInfo) driver = i;
+    int driver = drivingImage(images, n);
     if (driver < 0) {
         for (int i = 0; i < n; ++i) {
             const TileAccess& a = images[i];
@@ -94,11 +117,11 @@ bool walkTiles(const Op& op, const TileAccess* images, int n, int w, int h,
     for (int r = span.firstRow; r < span.firstRow + span.rows; ++r) {
         for (int c = span.firstCol; c < span.firstCol + span.cols; ++c) {
             // The block: this tile's part of the driver's rectangle, in rectangle coordinates.
-            int bx0 = std::max(d.rect.x, c * dt->width) - d.rect.x;
-            int bx1 = std::min(d.rect.x + w, (c + 1) * dt->width) - d.rect.x;
-            int by0 = std::max(d.rect.y, r * dt->height) - d.rect.y;
-            int by1 = std::min(d.rect.y + h, (r + 1) * dt->height) - d.rect.y;
-            int bw = bx1 - bx0, bh = by1 - by0;
+            int ix0, ix1, iy0, iy1;
+            clipToTile(d.rect.x, w, c, dt->width, &ix0, &ix1);
+            clipToTile(d.rect.y, h, r, dt->height, &iy0, &iy1);
+            int bx0 = ix0 - d.rect.x, by0 = iy0 - d.rect.y;
+            int bw = ix1 - ix0, bh = iy1 - iy0;
             if (!fetch(op, d, c, r, d.write ? ZAN_TILE_GET_WRITE : ZAN_TILE_GET_READ)) return false;
             views[driver] = tileView(*d.image, c, r, d.rect.x + bx0, d.rect.y + by0, bw, bh);
 
@@ -118,8 +141,8 @@ bool walkTiles(const Op& op, const TileAccess* images, int n, int w, int h,
                 s.width = x + bw - s.x0;
                 s.height = bh;
                 s.rowStep = rowStep(a.image->dataOrder, a.image->depth, 4, a.image->nChannels, s.width);
-                size_t planes = a.image->dataOrder == ZAN_DATA_ORDER_PLANE ? size_t(a.image->nChannels) : 1;
-                s.buffer = Buffer(size_t(s.rowStep) * size_t(bh) * planes);
+                int64_t bytes = s.rowStep < 0 ? -1 : blockBytes(a.image->dataOrder, a.image->nChannels, s.rowStep, bh);
+                if (bytes >= 0) s.buffer = Buffer(size_t(bytes));
                 if (!s.buffer) {
                     fail(op, ZAN_StsNoMem, "Out of memory", __LINE__);
                     ok = false;

@@ -28,6 +28,10 @@ struct TileAccess {
 bool walkTiles(const Op& op, const TileAccess* images, int n, int w, int h,
                FunctionRef<void(const View*, int, int)> fn);
 
+// The widest block walkTiles gives fn for a walk w pixels wide: the driving
+// image's tile width at most, so row buffers need not span a whole tiled image.
+int widestBlock(const TileAccess* images, int n, int w);
+
 // Tile grid of a rectangle: first tile column/row and how many, for tiles of
 // tw x th pixels (the walk's arithmetic, exposed for tests).
 struct TileSpan {

@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstring>
 
+#include "core/bits.h"
 #include "core/depth.h"
 
 namespace zan {
@@ -71,7 +72,7 @@ void copyBlock(const View& from, const View& to) {
     size_t rowBytes;
     int planes = from.planeStep ? from.nChannels : 1;
     if (from.depth == ZAN_DEPTH_1U)
-        rowBytes = size_t(from.width + 7) / 8;
+        rowBytes = size_t(bitBytes(from.width));
     else
         rowBytes = size_t(from.width) * from.pixelStep * depthBytes(from.depth);
     for (int p = 0; p < planes; ++p) {

@@ -146,10 +146,17 @@ AxisTable buildAxis(const AxisSpec& s) {
         interpolate(s, mode, x, src, dst, raw);
         out.clear();
         // The box mean runs first, so each tap spreads over the box around it;
-        // past either edge the edge pixel stands in.
-        for (size_t k = 0; k < raw.w.size(); ++k)
-            for (int d = -(box - 1) / 2; d <= box / 2; ++d)
-                out.put(std::min(std::max(raw.lo + int64_t(k) + d, int64_t(0)), n - 1), raw.w[k] / box);
+        // past either edge the edge pixel stands in. The box may be far wider
+        // than the row: the positions each pixel takes are counted, not walked.
+        for (size_t k = 0; k < raw.w.size(); ++k) {
+            const int64_t first = raw.lo + int64_t(k) - (box - 1) / 2, last = raw.lo + int64_t(k) + box / 2;
+            const int64_t from = std::min(std::max(first, int64_t(0)), n - 1);
+            const int64_t to = std::min(std::max(last, int64_t(0)), n - 1);
+            for (int64_t i = from; i <= to; ++i) {
+                const int64_t a = i == 0 ? first : std::max(first, i), b = i == n - 1 ? last : std::min(last, i);
+                out.put(i, raw.w[k] / box * double(b - a + 1));
+            }
+        }
         // Exact zeros at the ends read nothing.
         size_t a = 0, b = out.w.size();
         while (b - a > 1 && out.w[a] == 0.0) ++a;

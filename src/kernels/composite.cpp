@@ -55,7 +55,7 @@ struct General {
     static void row(const GeneralArgs& g) {
         for (int x = 0; x < g.n; ++x) {
             if (g.mask) {
-                int bit = x + g.maskBit;
+                int64_t bit = int64_t(x) + g.maskBit;
                 if (!((g.mask[bit >> 3] >> (7 - (bit & 7))) & 1)) continue;
             }
             unsigned aa = opacity(g.alphaA, x), ab = opacity(g.alphaB, x);

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "core/bits.h"
 #include "core/depth.h"
 #include "core/op.h"
 
@@ -23,7 +24,7 @@ void fillRow(ZanImage* im, int y) {
     char* row = im->imageData + std::ptrdiff_t(y) * im->widthStep;
     const int64_t cx = im->width / 2, cy = im->height / 2, dy = y - cy;
     const double scale = 6.283185307179586 / (4.0 * im->height);
-    if (im->depth == ZAN_DEPTH_1U) std::memset(row, 0, size_t(im->width + 7) / 8);
+    if (im->depth == ZAN_DEPTH_1U) std::memset(row, 0, size_t(zan::bitBytes(im->width)));
     for (int x = 0; x < im->width; ++x) {
         const int64_t dx = x - cx;
         const double s = std::sin(double(dx * dx + dy * dy) * scale);

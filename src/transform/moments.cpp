@@ -113,7 +113,8 @@ bool measure(const Op& op, ZanImage* image, ZanMomentState* out) {
 }
 
 bool validOrder(const Op& op, int m, int n) {
-    return (m >= 0 && n >= 0 && m + n <= 3) || refuse(op, "mOrd < 0 || nOrd < 0 || mOrd + nOrd > 3");
+    // m + n is not formed before both are known small: two large orders would wrap it below 3.
+    return (m >= 0 && n >= 0 && m <= 3 && n <= 3 - m) || refuse(op, "mOrd < 0 || nOrd < 0 || mOrd + nOrd > 3");
 }
 
 using Field = double ZanMomentState::*;

@@ -58,6 +58,7 @@ struct Planes {
     }
 
     void run(int w, int h) const {
+        if (w <= 0 || h <= 0) return;  // a ROI past the image: no entry to touch
         // The first column, and the last of an even width: F(., 0) and F(., W/2),
         // real at the top (and at the bottom of an even height), pairs between.
         for (int x : {0, w - 1}) {
