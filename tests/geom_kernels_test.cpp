@@ -3,9 +3,13 @@
 // the limit so the vector rows' guarded tails are met.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <random>
 #include <vector>
 
+#include "geom/point_maps.h"
+#include "geom/warp_engine.h"
+#include "geom_model.h"
 #include "kernels/interp.h"
 #include "kernels/stride_rows.h"
 #include "simd_isas.h"
@@ -101,7 +105,7 @@ void checkRows(Rows (*rowsFor)(Isa), int depth) {
                 const size_t len = size_t(rowStep) * 6;
                 std::vector<T> src = randomSamples<T>(rng, len);
                 std::vector<int32_t> ofs(static_cast<size_t>(n));
-                const int rate = int(rng() % 4);
+                const int rate = cn == 1 ? 4 - int(rng() % 2) * int(rng() % 4) : int(rng() % 4);  // 4: a halving
                 for (int i = 0; i < n; ++i)
                     ofs[size_t(i)] = int32_t(rate ? size_t(i * rate / 2) * size_t(cn) % (len - size_t(cn) + 1)
                                                   : rng() % (len - size_t(cn) + 1));
@@ -111,19 +115,26 @@ void checkRows(Rows (*rowsFor)(Isa), int depth) {
                 ASSERT_EQ(a, b) << "gather cn " << cn;
                 for (int k : {2, 4})
                     for (int step : {1, cn}) {
+                        // Weight indices as the warps make them: linear 0 .. kFracOne, cubic 0 .. 3 kFracOne.
                         const size_t span = size_t((k - 1) * rowStep + (k - 1) * step + cn);
-                        std::vector<int16_t> wx(static_cast<size_t>(n) * k), wy(size_t(n) * k);
+                        const int top = (k == 2 ? 1 : 3) * kFracOne + 1;
+                        std::vector<int16_t> fx(static_cast<size_t>(n)), fy(static_cast<size_t>(n));
                         int most = 0;
                         for (int i = 0; i < n; ++i) {
                             ofs[size_t(i)] = int32_t(rng() % (len - span + 1));
-                            most = std::max(most, randomWeights(rng, k, &wx[size_t(i) * k]));
-                            randomWeights(rng, k, &wy[size_t(i) * k]);
+                            fx[size_t(i)] = int16_t(rng() % 5 == 0 ? (rng() % 2 ? top - 1 : 0) : int(rng() % unsigned(top)));
+                            fy[size_t(i)] = int16_t(rng() % unsigned(top));
+                            int16_t w[4] = {};
+                            weightsOf(k, fx[size_t(i)], cubicWeightTable(0), w);
+                            int sum = 0;
+                            for (int t = 0; t < k; ++t) sum += std::abs(w[t]);
+                            most = std::max(most, sum);
                         }
                         ofs[size_t(n) - 1] = int32_t(len - span);
                         const int s1 = stageShift(depth, most);
-                        ref.point(src.data(), ptrdiff_t(len), rowStep, step, cn, ofs.data(), wx.data(), wy.data(), k,
+                        ref.point(src.data(), ptrdiff_t(len), rowStep, step, cn, ofs.data(), fx.data(), fy.data(), k,
                                   s1, a.data(), n);
-                        simd.point(src.data(), ptrdiff_t(len), rowStep, step, cn, ofs.data(), wx.data(), wy.data(), k,
+                        simd.point(src.data(), ptrdiff_t(len), rowStep, step, cn, ofs.data(), fx.data(), fy.data(), k,
                                    s1, b.data(), n);
                         ASSERT_EQ(a, b) << "point k " << k << " cn " << cn << " step " << step;
                     }
@@ -134,6 +145,112 @@ void checkRows(Rows (*rowsFor)(Isa), int depth) {
 
 TEST(InterpRows, SimdMatchesScalar8U) { checkRows<uint8_t, int16_t>(interpRows8, 8); }
 TEST(InterpRows, SimdMatchesScalar16U) { checkRows<uint16_t, int32_t>(interpRows16, 16); }
+
+// The warps' position rows: taps of positions in, at and past the source's
+// edges (and nowhere at all), perspective rows through the horizon, and map
+// values that are NaN, infinite or huge.
+TEST(WarpRows, SimdMatchesScalar) {
+    std::mt19937 rng(11);
+    const WarpRows ref = warpRows(Isa::Scalar);
+    const int64_t one = INT64_C(1) << 32;
+    for (Isa isa : simdIsas()) {
+        const WarpRows simd = warpRows(isa);
+        for (int n : kLengths)
+            for (int k : {1, 2, 4}) {
+                SCOPED_TRACE(testing::Message() << "isa " << int(isa) << " n " << n << " k " << k);
+                WarpAxis x, y;
+                x.first = int(rng() % 5), x.last = x.first + 3 + int(rng() % 40);
+                y.first = int(rng() % 5), y.last = y.first + 3 + int(rng() % 40);
+                x.lo = x.first * one - 4000, x.hi = x.last * one + 4000;
+                y.lo = y.first * one - 4000, y.hi = y.last * one + 4000;
+                x.stride = int32_t(1 + rng() % 4), y.stride = int32_t(x.stride * (y.last + 3));
+                const int64_t ub = int64_t(rng() % 3) * one - one, vb = int64_t(rng() % 7) * (one / 3);
+                std::vector<int64_t> u(static_cast<size_t>(n)), v(static_cast<size_t>(n));
+                for (int i = 0; i < n; ++i) {
+                    const int64_t edges[] = {x.lo - ub, x.hi - ub, x.lo - ub - 1, x.hi - ub + 1, kNowhere, kFar};
+                    u[size_t(i)] = rng() % 6 == 0 ? edges[rng() % 6]
+                                                  : int64_t(rng() % unsigned(x.last + 4)) * one - one + int64_t(rng());
+                    v[size_t(i)] = int64_t(rng() % unsigned(y.last + 4)) * one - one + int64_t(rng()) - vb;
+                }
+                std::vector<int32_t> oa(static_cast<size_t>(n)), ob(oa.size());
+                std::vector<int16_t> xa(static_cast<size_t>(n)), xb(xa.size()), ya(xa.size()), yb(xa.size());
+                std::vector<uint8_t> ia(static_cast<size_t>(n + 7) / 8), ib(ia.size());
+                ref.taps(u.data(), ub, v.data(), vb, x, y, k, oa.data(), xa.data(), ya.data(), ia.data(), n);
+                simd.taps(u.data(), ub, v.data(), vb, x, y, k, ob.data(), xb.data(), yb.data(), ib.data(), n);
+                ASSERT_EQ(ia, ib);
+                ASSERT_EQ(oa, ob);
+                if (k > 1) {
+                    ASSERT_EQ(xa, xb);
+                    ASSERT_EQ(ya, yb);
+                }
+            }
+        for (int n : kLengths) {
+            // The horizon (w = 0) falls inside the row half of the time.
+            const double m[9] = {0.9 + (rng() % 100) / 500.0, 0.1, 3.5, -0.05, 1.1, 2.25,
+                                 (rng() % 2 ? 1.0 : -1.0) * (rng() % 100) / 2000.0, 0.0, 1.0};
+            const int x0 = int(rng() % 60) - 30;
+            const double cw = rng() % 2 ? 1.0 : -(m[6] * (x0 + int(rng() % unsigned(n))));
+            std::vector<int64_t> ua(static_cast<size_t>(n)), va(ua.size()), ubv(ua.size()), vbv(ua.size());
+            ref.perspective(m, 7.25, -3.5, cw, x0, ua.data(), va.data(), n);
+            simd.perspective(m, 7.25, -3.5, cw, x0, ubv.data(), vbv.data(), n);
+            ASSERT_EQ(ua, ubv) << "perspective n " << n;
+            ASSERT_EQ(va, vbv) << "perspective n " << n;
+            std::vector<float> f(static_cast<size_t>(n));
+            const float odd[] = {std::nanf(""), INFINITY, -INFINITY, 6e8f, -6e8f, 524288.0f, -524287.9f, -0.0f};
+            for (auto& e : f) e = rng() % 4 == 0 ? odd[rng() % 8] : float(int(rng() % 200000) - 100000) / 97.0f;
+            ref.fixed(f.data(), ua.data(), n);
+            simd.fixed(f.data(), ubv.data(), n);
+            ASSERT_EQ(ua, ubv) << "fixed n " << n;
+        }
+    }
+}
+
+// Whole warps on the vector rows against the scalar ones: rows wider than a
+// piece, affine and perspective mappings that leave the source, and maps with
+// NaN and far values, in every mode, 8U and 16U, one and three channels.
+TEST(WarpRows, WarpsMatchScalarRows) {
+    using namespace zan::geom;
+    const zan::Op op{"test", "test"};
+    const int w = 301, h = 23;
+    const double affine[6] = {0.93, 0.31, -7.5, -0.28, 0.97, 4.25};
+    const double perspective[9] = {1.05, 0.12, -3.0, -0.07, 0.98, 2.5, 0.0004, 0.0011, 1.0};
+    zantest::Image xmap(1, ZAN_DEPTH_32F, w, h), ymap(1, ZAN_DEPTH_32F, w, h);
+    std::mt19937 rng(3);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) {
+            float* u = reinterpret_cast<float*>(xmap.row(y)) + x;
+            float* v = reinterpret_cast<float*>(ymap.row(y)) + x;
+            *u = float(x * 1.02 - 2 + (rng() % 1000) / 400.0);
+            *v = float(y * 0.9 + 1.5 * std::sin(x * 0.05));
+            if (rng() % 50 == 0) *u = rng() % 2 ? std::nanf("") : 1e9f;
+        }
+    Source xs, ys;
+    const zan::Rect all{0, 0, w, h};
+    ASSERT_TRUE(xs.open(op, xmap, all, WarpJob().texts) && ys.open(op, ymap, all, WarpJob().texts));
+    const AffineMap affineMap(affine, 0, w, Region());
+    const FormulaMap perspectiveMap(Kind::Perspective, perspective, Region());
+    const ImageMap remap(xs, ys, all);
+    const PointMap* maps[] = {&affineMap, &perspectiveMap, &remap};
+    for (Isa isa : simdIsas())
+        for (int depth : {ZAN_DEPTH_8U, ZAN_DEPTH_16U})
+            for (int cn : {1, 3})
+                for (Inter mode : {Inter::Nearest, Inter::Linear, Inter::Cubic})
+                    for (int m = 0; m < 3; ++m) {
+                        SCOPED_TRACE(testing::Message() << "isa " << int(isa) << " depth " << depth << " cn " << cn
+                                                        << " mode " << int(mode) << " map " << m);
+                        zantest::Image src = zantest::randomImage(cn, depth, w, h, uint32_t(cn + m));
+                        zantest::Image a = zantest::randomImage(cn, depth, w, h, 9);
+                        zantest::Image b = zantest::randomImage(cn, depth, w, h, 9);
+                        WarpJob job;
+                        job.mode = mode;
+                        job.isa = Isa::Scalar;
+                        warpImage(op, src, a, *maps[m], job);
+                        job.isa = isa;
+                        warpImage(op, src, b, *maps[m], job);
+                        ASSERT_EQ(zantest::bytesOf(a), zantest::bytesOf(b));
+                        ASSERT_NE(zantest::bytesOf(a), zantest::bytesOf(zantest::randomImage(cn, depth, w, h, 9)));
+                    }
+}
 
 template <class T>
 void checkStride(StrideRow<T> ref, StrideRow<T> simd, StrideBlock<T> refBlock, StrideBlock<T> simdBlock,

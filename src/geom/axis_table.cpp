@@ -78,6 +78,26 @@ void interpolate(const AxisSpec& s, Inter mode, int64_t x, int64_t src, int64_t 
     for (int k = 0; k < 4; ++k) t.put(start + k, w[k]);
 }
 
+// Whether destination pixel x reads only pixels its formula names, none of
+// them moved or clamped at an edge (box spread included). Positions repeat
+// every `dst` pixels shifted by `src`, so two such pixels `dst` apart have
+// the same weights.
+bool clear(const AxisSpec& s, Inter mode, int box, int64_t x, int64_t src, int64_t dst) {
+    const int64_t n = s.srcCount, a = x * src;
+    int64_t lo, hi;
+    if (mode == Inter::Nearest) {
+        lo = hi = s.centre ? (2 * a + dst) / (2 * dst) : a / dst;
+    } else if (mode == Inter::Super) {
+        if (a + src > n * dst) return false;
+        lo = a / dst, hi = (a + src - 1) / dst;
+    } else {
+        const int64_t i = a / dst;
+        lo = mode == Inter::Linear ? i : i - 1;
+        hi = mode == Inter::Linear ? i + 1 : i + 2;
+    }
+    return lo - (box - 1) / 2 >= 0 && hi + box / 2 <= n - 1;
+}
+
 }  // namespace
 
 AxisTable buildAxis(const AxisSpec& s) {
@@ -105,12 +125,23 @@ AxisTable buildAxis(const AxisSpec& s) {
         return t;
     }
 
-    // Each destination pixel's weights over [lo[x], lo[x] + size[x]), kept end to end.
+    // Each destination pixel's weights over [lo[x], lo[x] + size[x]), from
+    // all[at[x]] on; a pixel clear of the edges like the one a period before
+    // it shares that one's weights.
     std::vector<int64_t> lo(size_t(s.count));
-    std::vector<size_t> at(size_t(s.count) + 1);
+    std::vector<size_t> at(size_t(s.count)), size(size_t(s.count));
+    std::vector<char> clearOf(size_t(s.count)), same(size_t(s.count));
     std::vector<double> all;
     int64_t widest = 1;
     for (int64_t x = 0; x < s.count; ++x) {
+        clearOf[size_t(x)] = clear(s, mode, box, x, src, dst);
+        if (x >= dst && clearOf[size_t(x)] && clearOf[size_t(x - dst)]) {
+            same[size_t(x)] = 1;
+            lo[size_t(x)] = lo[size_t(x - dst)] + src;
+            at[size_t(x)] = at[size_t(x - dst)];
+            size[size_t(x)] = size[size_t(x - dst)];
+            continue;
+        }
         raw.clear();
         interpolate(s, mode, x, src, dst, raw);
         out.clear();
@@ -132,10 +163,10 @@ AxisTable buildAxis(const AxisSpec& s) {
         while (b - a > 1 && out.w[b - 1] == 0.0) --b;
         lo[size_t(x)] = out.lo + int64_t(a);
         at[size_t(x)] = all.size();
+        size[size_t(x)] = b - a;
         all.insert(all.end(), out.w.begin() + ptrdiff_t(a), out.w.begin() + ptrdiff_t(b));
         widest = std::max(widest, int64_t(b - a));
     }
-    at[size_t(s.count)] = all.size();
 
     t.taps = int(widest);
     if (t.taps == 1) {
@@ -148,10 +179,13 @@ AxisTable buildAxis(const AxisSpec& s) {
     for (int64_t x = 0; x < s.count; ++x) {
         const int64_t first = std::min(lo[size_t(x)], n - t.taps);
         t.first[size_t(x)] = int32_t(first);
-        std::fill(w.begin(), w.end(), 0.0);
-        for (size_t k = at[size_t(x)]; k < at[size_t(x) + 1]; ++k)
-            w[size_t(lo[size_t(x)] - first) + (k - at[size_t(x)])] = all[k];
         int16_t* q = &t.weights[size_t(x) * size_t(t.taps)];
+        if (same[size_t(x)] && first == lo[size_t(x)] && t.first[size_t(x - dst)] == lo[size_t(x - dst)]) {
+            std::copy(q - ptrdiff_t(dst) * t.taps, q - ptrdiff_t(dst) * t.taps + t.taps, q);
+            continue;
+        }
+        std::fill(w.begin(), w.end(), 0.0);
+        for (size_t k = 0; k < size[size_t(x)]; ++k) w[size_t(lo[size_t(x)] - first) + k] = all[at[size_t(x)] + k];
         kern::quantizeWeights(w.data(), t.taps, q);
         int sum = 0;
         for (int k = 0; k < t.taps; ++k) sum += std::abs(q[k]);

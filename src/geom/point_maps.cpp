@@ -8,7 +8,7 @@ namespace zan {
 namespace geom {
 namespace {
 
-constexpr int64_t kSaturated = INT64_C(1) << 61;  // what toFixed gives for a far position
+constexpr int64_t kSaturated = kern::kFar;  // what toFixed gives for a far position
 
 // A saturated column term that no row term can bring back inside.
 int64_t columnTerm(double u) {
@@ -38,15 +38,14 @@ AffineMap::AffineMap(const double* m, int x0, int width, const Region& region) :
     }
 }
 
-void AffineMap::row(int y, int x0, int n, int64_t* u, int64_t* v) const {
+RowPositions AffineMap::row(const kern::WarpRows&, int y, int x0, int n, int64_t* uBuf, int64_t* vBuf) const {
     const int64_t bu = toFixed(m_[1] * y + m_[2]), bv = toFixed(m_[4] * y + m_[5]);
-    const bool far = std::llabs(bu) >= kSaturated || std::llabs(bv) >= kSaturated;
-    const int64_t* ux = &ux_[size_t(x0 - x0_)];
-    const int64_t* vx = &vx_[size_t(x0 - x0_)];
-    for (int i = 0; i < n; ++i) {
-        u[i] = far ? kNowhere : ux[i] + bu;
-        v[i] = far ? kNowhere : vx[i] + bv;
+    if (std::llabs(bu) >= kSaturated || std::llabs(bv) >= kSaturated) {
+        std::fill(uBuf, uBuf + n, kNowhere);
+        std::fill(vBuf, vBuf + n, kNowhere);
+        return {uBuf, vBuf, 0, 0};
     }
+    return {&ux_[size_t(x0 - x0_)], &vx_[size_t(x0 - x0_)], bu, bv};
 }
 
 namespace {
@@ -101,17 +100,12 @@ FormulaMap::FormulaMap(Kind kind, const double* m, const Region& region) : kind_
     for (int k = 0; k < coefficientCount(kind); ++k) m_[k] = m[k];
 }
 
-void FormulaMap::row(int y, int x0, int n, int64_t* u, int64_t* v) const {
+RowPositions FormulaMap::row(const kern::WarpRows& rows, int y, int x0, int n, int64_t* u, int64_t* v) const {
     const double* m = m_;
     if (kind_ == Kind::Perspective) {
-        // The y terms once per row; one division per pixel.
-        const double cu = m[1] * y + m[2], cv = m[4] * y + m[5], cw = m[7] * y + m[8];
-        for (int i = 0; i < n; ++i) {
-            const double x = x0 + i, r = 1.0 / (m[6] * x + cw);
-            u[i] = toFixed((m[0] * x + cu) * r);
-            v[i] = toFixed((m[3] * x + cv) * r);
-        }
-        return;
+        // The y terms once per row.
+        rows.perspective(m, m[1] * y + m[2], m[4] * y + m[5], m[7] * y + m[8], x0, u, v, n);
+        return {u, v, 0, 0};
     }
     // Bilinear: along a row both coordinates are linear in x.
     const double au = m[0] * y + m[1], bu = m[2] * y + m[3], av = m[4] * y + m[5], bv = m[6] * y + m[7];
@@ -120,6 +114,7 @@ void FormulaMap::row(int y, int x0, int n, int64_t* u, int64_t* v) const {
         u[i] = toFixed(au * x + bu);
         v[i] = toFixed(av * x + bv);
     }
+    return {u, v, 0, 0};
 }
 
 bool FormulaMap::at(double x, double y, double* u, double* v) const {
@@ -166,13 +161,14 @@ BilinearInverseMap::BilinearInverseMap(const double* c, const Corners& source, c
     for (int k = 0; k < 8; ++k) c_[k] = c[k];
 }
 
-void BilinearInverseMap::row(int y, int x0, int n, int64_t* u, int64_t* v) const {
+RowPositions BilinearInverseMap::row(const kern::WarpRows&, int y, int x0, int n, int64_t* u, int64_t* v) const {
     for (int i = 0; i < n; ++i) {
         double a, b;
         bool ok = invertBilinearPoint(c_, source_, double(x0 + i), double(y), &a, &b);
         u[i] = ok ? toFixed(a) : kNowhere;
         v[i] = ok ? toFixed(b) : kNowhere;
     }
+    return {u, v, 0, 0};
 }
 
 bool BilinearInverseMap::at(double x, double y, double* u, double* v) const {
@@ -181,15 +177,12 @@ bool BilinearInverseMap::at(double x, double y, double* u, double* v) const {
 
 int BilinearInverseMap::regionCorners(double corners[4][2]) const { return copyRegion(region_, corners); }
 
-void ImageMap::row(int y, int x0, int n, int64_t* u, int64_t* v) const {
+RowPositions ImageMap::row(const kern::WarpRows& rows, int y, int x0, int n, int64_t* u, int64_t* v) const {
     const View& xv = xs_.view();
     const View& yv = ys_.view();
-    const float* xr = reinterpret_cast<const float*>(xv.data + (y - dst_.y) * xv.rowStep) + (x0 - dst_.x);
-    const float* yr = reinterpret_cast<const float*>(yv.data + (y - dst_.y) * yv.rowStep) + (x0 - dst_.x);
-    for (int i = 0; i < n; ++i) {
-        u[i] = toFixed(xr[i]);
-        v[i] = toFixed(yr[i]);
-    }
+    rows.fixed(reinterpret_cast<const float*>(xv.data + (y - dst_.y) * xv.rowStep) + (x0 - dst_.x), u, n);
+    rows.fixed(reinterpret_cast<const float*>(yv.data + (y - dst_.y) * yv.rowStep) + (x0 - dst_.x), v, n);
+    return {u, v, 0, 0};
 }
 
 }  // namespace geom

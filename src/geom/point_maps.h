@@ -17,11 +17,12 @@ struct Region {
 };
 
 // u = m0 x + m1 y + m2, v = m3 x + m4 y + m5, with the x terms tabled once
-// for the destination's columns x0 .. x0 + width - 1, so a row is additions.
+// for the destination's columns x0 .. x0 + width - 1, so a row's positions
+// are the tables plus the row's terms.
 class AffineMap : public PointMap {
 public:
     AffineMap(const double* m, int x0, int width, const Region& region);
-    void row(int y, int x0, int n, int64_t* u, int64_t* v) const override;
+    RowPositions row(const kern::WarpRows& rows, int y, int x0, int n, int64_t* uBuf, int64_t* vBuf) const override;
     bool at(double x, double y, double* u, double* v) const override;
     int regionCorners(double corners[4][2]) const override;
     bool inside(int y, int x0, int n, int64_t uLo, int64_t uHi, int64_t vLo, int64_t vHi, int* first,
@@ -38,7 +39,7 @@ private:
 class FormulaMap : public PointMap {
 public:
     FormulaMap(Kind kind, const double* m, const Region& region);
-    void row(int y, int x0, int n, int64_t* u, int64_t* v) const override;
+    RowPositions row(const kern::WarpRows& rows, int y, int x0, int n, int64_t* uBuf, int64_t* vBuf) const override;
     bool at(double x, double y, double* u, double* v) const override;
     int regionCorners(double corners[4][2]) const override;
 
@@ -53,7 +54,7 @@ private:
 class BilinearInverseMap : public PointMap {
 public:
     BilinearInverseMap(const double* c, const Corners& source, const Region& region);
-    void row(int y, int x0, int n, int64_t* u, int64_t* v) const override;
+    RowPositions row(const kern::WarpRows& rows, int y, int x0, int n, int64_t* uBuf, int64_t* vBuf) const override;
     bool at(double x, double y, double* u, double* v) const override;
     int regionCorners(double corners[4][2]) const override;
 
@@ -69,7 +70,7 @@ private:
 class ImageMap : public PointMap {
 public:
     ImageMap(const Source& xs, const Source& ys, const Rect& dst) : xs_(xs), ys_(ys), dst_(dst) {}
-    void row(int y, int x0, int n, int64_t* u, int64_t* v) const override;
+    RowPositions row(const kern::WarpRows& rows, int y, int x0, int n, int64_t* uBuf, int64_t* vBuf) const override;
     bool at(double, double, double*, double*) const override { return false; }
 
 private:

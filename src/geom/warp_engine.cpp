@@ -4,7 +4,6 @@
 #include <cmath>
 #include <vector>
 
-#include "core/function_ref.h"
 #include "kernels/interp.h"
 
 namespace zan {
@@ -14,51 +13,21 @@ namespace {
 
 constexpr double kTolerance = 1e-6;
 constexpr int kSub = 8;  // smooth edges: coverage sampled on kSub x kSub points per pixel
+constexpr int kPiece = 256;  // pixels of a row positioned at once
 
-// One axis of the source rectangle: its pixels first .. last and the fixed-point
-// positions that count as inside it.
-struct Span {
-    int first, last;
-    int64_t lo, hi;
-    Span(int origin, int count)
-        : first(origin),
-          last(origin + count - 1),
-          lo(int64_t(std::ceil((origin - kTolerance) * 4294967296.0))),
-          hi(int64_t(std::floor((origin + count - 1 + kTolerance) * 4294967296.0))) {}
-    // One unsigned comparison: u - lo wraps past hi - lo when u is below lo.
-    bool holds(int64_t u) const { return uint64_t(u) - uint64_t(lo) <= uint64_t(hi) - uint64_t(lo); }
-    bool holds(double u) const { return u >= first - kTolerance && u <= last + kTolerance; }
-    int64_t clamp(int64_t u) const { return std::min(std::max(u, lo), hi); }
-};
-
-// The first tap along one axis for position u, and the weights (linear and
-// cubic). Nearest takes floor(u + 0.5); the others round u to 1/1024 pixel,
-// keep their taps inside the rectangle (linear: p(i + 1) is p(i) at the last
-// pixel; cubic: the span moves in and the fraction with it).
-template <Inter M>
-inline int taps(int64_t u, const Span& s, int16_t* w) {
-    if (M == Inter::Nearest) {
-        int i = int((u + (INT64_C(1) << 31)) >> 32);
-        return i < s.first ? s.first : i > s.last ? s.last : i;
-    }
-    const int64_t r = u + (INT64_C(1) << (31 - kern::kFracBits));
-    int i = int(r >> 32), f = int((r >> (32 - kern::kFracBits)) & (kern::kFracOne - 1));
-    if (M == Inter::Linear) {
-        if (i < s.first || i >= s.last) {
-            if (i < s.first) i = s.first, f = 0;
-            if (i >= s.last) i = s.last - 1, f = kern::kFracOne;
-        }
-        w[1] = int16_t(f << (kern::kWeightBits - kern::kFracBits));
-        w[0] = int16_t(kern::kWeightOne - w[1]);
-        return i;
-    }
-    if (i < s.first) i = s.first, f = 0;
-    if (i > s.last) i = s.last, f = 0;
-    const int start = i - 1 < s.first ? s.first : i - 1 > s.last - 3 ? s.last - 3 : i - 1;
-    const int16_t* t = kern::cubicWeightTable(f + (i - start) * kern::kFracOne);
-    w[0] = t[0], w[1] = t[1], w[2] = t[2], w[3] = t[3];
-    return start;
+// One axis of the source rectangle, origin .. origin + count - 1, and the
+// fixed-point positions that count as inside it; `stride` samples a pixel.
+kern::WarpAxis axisOf(int origin, int count, ptrdiff_t stride) {
+    kern::WarpAxis a;
+    a.first = origin;
+    a.last = origin + count - 1;
+    a.lo = int64_t(std::ceil((origin - kTolerance) * 4294967296.0));
+    a.hi = int64_t(std::floor((origin + count - 1 + kTolerance) * 4294967296.0));
+    a.stride = int32_t(stride);
+    return a;
 }
+bool holdsReal(const kern::WarpAxis& a, double u) { return u >= a.first - kTolerance && u <= a.last + kTolerance; }
+int64_t clampTo(const kern::WarpAxis& a, int64_t u) { return std::min(std::max(u, a.lo), a.hi); }
 
 // The largest sum of |weight| the cubic positions of the warps reach.
 int cubicAbsSum() {
@@ -70,132 +39,81 @@ int cubicAbsSum() {
     return most;
 }
 
-// The pixels of one destination row that read the source: where each reads,
-// its weights, and the runs of neighbouring pixels they form.
-struct RowSamples {
-    int k = 1, count = 0, runs = 0;
-    std::vector<int32_t> ofs, runX, runLen;
-    std::vector<int16_t> wx, wy;
-
-    void reserve(int width, int taps) {
-        k = taps;
-        ofs.resize(size_t(width));
-        runX.resize(size_t(width));
-        runLen.resize(size_t(width));
-        wx.resize(size_t(width) * size_t(taps));
-        wy.resize(size_t(width) * size_t(taps));
+// Calls take(start, end) for each run of set bits among the first n.
+template <class Take>
+void runsOf(const uint8_t* bits, int n, Take take) {
+    auto at = [&](int x) { return (bits[x >> 3] >> (x & 7)) & 1; };
+    for (int x = 0; x < n;) {
+        while (x < n && !at(x)) x += (x & 7) == 0 && bits[x >> 3] == 0 ? 8 : 1;
+        const int start = std::min(x, n);
+        while (x < n && at(x)) x += (x & 7) == 0 && bits[x >> 3] == 0xFF ? 8 : 1;
+        x = std::min(x, n);
+        if (x > start) take(start, x);
     }
-};
+}
 
 template <class T, class Rows>
 class Warper {
 public:
     Warper(const Rows& rows, const PointMap& map, const WarpJob& job, const Source& src, const Rect& sr, Target& dst,
            const Rect& dr, const std::vector<Lane>& lanes)
-        : rows_(rows), map_(map), job_(job), src_(src), dst_(dst), dr_(dr), lanes_(lanes), sx_(sr.x, sr.width),
-          sy_(sr.y, sr.height), rowSamples_(src.rowSamples()), pixelStep_(src.view().pixelStep) {
-        samples_.k = job.mode == Inter::Cubic ? 4 : job.mode == Inter::Linear ? 2 : 1;
+        : rows_(rows), warp_(kern::warpRows(job.isa)), map_(map), job_(job), src_(src), dst_(dst), dr_(dr),
+          lanes_(lanes), sx_(axisOf(sr.x, sr.width, src.view().pixelStep)),
+          sy_(axisOf(sr.y, sr.height, src.rowSamples())), rowSamples_(src.rowSamples()),
+          pixelStep_(src.view().pixelStep) {
+        k_ = job.mode == Inter::Cubic ? 4 : job.mode == Inter::Linear ? 2 : 1;
         s1_ = kern::stageShift(sizeof(T) * 8, job.mode == Inter::Cubic ? cubicAbsSum() : kern::kWeightOne);
     }
 
     void run() {
-        const int w = dr_.width;
-        std::vector<int64_t> u(static_cast<size_t>(w)), v(static_cast<size_t>(w));
+        const size_t w = size_t(std::min(dr_.width, kPiece));
         int maxCn = 1;
         for (const Lane& l : lanes_) maxCn = std::max(maxCn, l.count);
-        buf_.resize(size_t(w) * maxCn);
-        samples_.reserve(w, job_.mode == Inter::Cubic ? 4 : job_.mode == Inter::Linear ? 2 : 1);
+        u_.resize(w), v_.resize(w), ofs_.resize(w), fx_.resize(w), fy_.resize(w), inside_.resize(w / 8 + 1);
+        buf_.resize(w * size_t(maxCn));
         if (job_.smoothEdges) startEdges();
         for (int y = 0; y < dr_.height; ++y) {
-            map_.row(dr_.y + y, dr_.x, w, u.data(), v.data());
             if (job_.smoothEdges) coverRow(y);
-            switch (job_.mode) {
-                case Inter::Linear: collect<Inter::Linear>(y, u.data(), v.data()); break;
-                case Inter::Cubic: collect<Inter::Cubic>(y, u.data(), v.data()); break;
-                default: collect<Inter::Nearest>(y, u.data(), v.data()); break;
+            // Affine rows know the stretch that lands inside without looking at every pixel.
+            int a = 0, b = dr_.width;
+            if (!job_.smoothEdges) map_.inside(dr_.y + y, dr_.x, dr_.width, sx_.lo, sx_.hi, sy_.lo, sy_.hi, &a, &b);
+            // A row in pieces, so that its positions and taps stay in the first-level cache.
+            for (int x = a; x < b;) {
+                const int n = std::min(kPiece, b - x);
+                writeRow(y, x, n);
+                x += n;
             }
-            for (const Lane& lane : lanes_) writeRow(lane, y);
             if (job_.smoothEdges) blendRow(y);
         }
     }
 
 private:
-    template <Inter M>
-    int32_t offset(int64_t u, int64_t v, int16_t* ax, int16_t* ay) const {
-        const int ix = taps<M>(u, sx_, ax), iy = taps<M>(v, sy_, ay);
-        return int32_t(int64_t(iy - sy_.first) * rowSamples_ + int64_t(ix - sx_.first) * pixelStep_);
-    }
-    int32_t offset(int64_t u, int64_t v, int16_t* ax, int16_t* ay) const {
-        switch (job_.mode) {
-            case Inter::Linear: return offset<Inter::Linear>(u, v, ax, ay);
-            case Inter::Cubic: return offset<Inter::Cubic>(u, v, ax, ay);
-            default: return offset<Inter::Nearest>(u, v, ax, ay);
-        }
-    }
-
-    // The row's pixels whose positions lie in the source rectangle (less, with
-    // smooth edges, those the border cuts): the runs they form first, then
-    // their taps run by run.
-    template <bool Smooth>
-    bool takes(const int64_t* u, const int64_t* v, int x) const {
-        return sx_.holds(u[x]) && sy_.holds(v[x]) && (!Smooth || cover_[size_t(x)] == kSub * kSub);
+    // Pixels a .. a + n - 1 of row y: where they read, then the runs of those
+    // that read inside (less, with smooth edges, those the border cuts),
+    // interpolated lane by lane into the destination.
+    void writeRow(int y, int a, int n) {
+        const RowPositions p = map_.row(warp_, dr_.y + y, dr_.x + a, n, u_.data(), v_.data());
+        warp_.taps(p.u, p.ub, p.v, p.vb, sx_, sy_, k_, ofs_.data(), fx_.data(), fy_.data(), inside_.data(), n);
+        if (job_.smoothEdges)
+            for (int i = 0; i < n; ++i)
+                if (cover_[size_t(a + i)] != kSub * kSub) inside_[size_t(i) >> 3] &= uint8_t(~(1 << (i & 7)));
+        runsOf(inside_.data(), n, [&](int start, int end) {
+            for (const Lane& lane : lanes_) {
+                T* direct = static_cast<T*>(dst_.direct(lane, y, a + start));
+                T* out = direct ? direct : buf_.data();
+                interpolate(lane, &ofs_[size_t(start)], &fx_[size_t(start)], &fy_[size_t(start)], out, end - start);
+                if (!direct) dst_.write(lane, y, a + start, end - start, out);
+            }
+        });
     }
 
-    template <bool Smooth>
-    void runsOf(const int64_t* u, const int64_t* v, int w, FunctionRef<void(int, int)> take) const {
-        for (int x = 0; x < w;) {
-            while (x < w && !takes<Smooth>(u, v, x)) ++x;
-            const int start = x;
-            while (x < w && takes<Smooth>(u, v, x)) ++x;
-            if (x > start) take(start, x);
-        }
-    }
-
-    template <Inter M>
-    void collect(int y, const int64_t* u, const int64_t* v) {
-        RowSamples& s = samples_;
-        const int k = s.k, w = dr_.width;
-        int n = 0, runs = 0;
-        auto take = [&](int start, int end) {
-            s.runX[size_t(runs)] = start;
-            s.runLen[size_t(runs)] = end - start;
-            ++runs;
-            int32_t* ofs = &s.ofs[size_t(n)];
-            int16_t* wx = &s.wx[size_t(n) * k];
-            int16_t* wy = &s.wy[size_t(n) * k];
-            for (int i = start; i < end; ++i, ++ofs, wx += k, wy += k) *ofs = offset<M>(u[i], v[i], wx, wy);
-            n += end - start;
-        };
-        int first, last;
-        if (!job_.smoothEdges && map_.inside(dr_.y + y, dr_.x, w, sx_.lo, sx_.hi, sy_.lo, sy_.hi, &first, &last)) {
-            if (last > first) take(first, last);
-        } else if (job_.smoothEdges) {
-            runsOf<true>(u, v, w, take);
-        } else {
-            runsOf<false>(u, v, w, take);
-        }
-        s.count = n;
-        s.runs = runs;
-    }
-
-    void interpolate(const Lane& lane, const int32_t* ofs, const int16_t* wx, const int16_t* wy, T* out, int n) {
+    void interpolate(const Lane& lane, const int32_t* ofs, const int16_t* fx, const int16_t* fy, T* out, int n) {
         const T* base = src_.channel<T>(lane.srcFirst);
         const ptrdiff_t limit = src_.extent(lane.srcFirst);
-        if (job_.mode == Inter::Nearest)
+        if (k_ == 1)
             rows_.gather(base, limit, ofs, lane.count, out, n);
         else
-            rows_.point(base, limit, rowSamples_, int(pixelStep_), lane.count, ofs, wx, wy, samples_.k, s1_, out, n);
-    }
-
-    void writeRow(const Lane& lane, int y) {
-        const RowSamples& s = samples_;
-        if (!s.count) return;
-        T* direct = s.runs == 1 ? static_cast<T*>(dst_.direct(lane, y, s.runX[0])) : nullptr;
-        T* out = direct ? direct : buf_.data();
-        interpolate(lane, s.ofs.data(), s.wx.data(), s.wy.data(), out, s.count);
-        if (direct) return;
-        for (int r = 0, at = 0; r < s.runs; at += s.runLen[size_t(r)], ++r)
-            dst_.write(lane, y, s.runX[size_t(r)], s.runLen[size_t(r)], out + ptrdiff_t(at) * lane.count);
+            rows_.point(base, limit, rowSamples_, int(pixelStep_), lane.count, ofs, fx, fy, k_, s1_, out, n);
     }
 
     // ---- smooth edges ----
@@ -209,11 +127,11 @@ private:
 
     bool inside(double x, double y) const {
         double u, v;
-        return map_.at(x, y, &u, &v) && sx_.holds(u) && sy_.holds(v);
+        return map_.at(x, y, &u, &v) && holdsReal(sx_, u) && holdsReal(sy_, v);
     }
 
     void startEdges() {
-        const size_t w = size_t(dr_.width);
+        const size_t w = size_t(std::min(dr_.width, kPiece));
         top_.resize(w + 1);
         bottom_.resize(w + 1);
         cover_.resize(w);
@@ -256,19 +174,20 @@ private:
     }
 
     void blendRow(int y) {
-        std::vector<int64_t> u(1), v(1);
+        int64_t u1, v1;
         T fresh[64], old[64];
-        int16_t ax[4], ay[4];
         for (int x = 0; x < dr_.width; ++x) {
             const int c = cover_[size_t(x)];
             if (c == 0 || c == kSub * kSub || !dst_.allowed(y, x)) continue;
-            map_.row(dr_.y + y, dr_.x + x, 1, u.data(), v.data());
-            if (u[0] == kNowhere || v[0] == kNowhere) continue;
-            const int32_t o = offset(sx_.clamp(u[0]), sy_.clamp(v[0]), ax, ay);
+            const RowPositions p = map_.row(warp_, dr_.y + y, dr_.x + x, 1, &u1, &v1);
+            const int64_t u = p.u[0] + p.ub, v = p.v[0] + p.vb;
+            if (u == kNowhere || v == kNowhere) continue;
+            int16_t fx = 0, fy = 0;
+            const int32_t o = kern::tapsOf(clampTo(sx_, u), clampTo(sy_, v), sx_, sy_, k_, &fx, &fy);
             for (const Lane& lane : lanes_) {
                 for (int first = 0; first < lane.count; first += 64) {
                     Lane part{lane.srcFirst + first, lane.dstFirst + first, std::min(64, lane.count - first)};
-                    interpolate(part, &o, ax, ay, fresh, 1);
+                    interpolate(part, &o, &fx, &fy, fresh, 1);
                     dst_.read(part, y, x, 1, old);
                     for (int k = 0; k < part.count; ++k)
                         fresh[k] = T((c * int(fresh[k]) + (kSub * kSub - c) * int(old[k]) + kSub * kSub / 2) /
@@ -280,16 +199,20 @@ private:
     }
 
     const Rows& rows_;
+    const kern::WarpRows warp_;
     const PointMap& map_;
     const WarpJob& job_;
     const Source& src_;
     Target& dst_;
     Rect dr_;
     const std::vector<Lane>& lanes_;
-    Span sx_, sy_;
+    kern::WarpAxis sx_, sy_;
     ptrdiff_t rowSamples_, pixelStep_;
-    int s1_ = 0;
-    RowSamples samples_;
+    int k_ = 1, s1_ = 0;
+    std::vector<int64_t> u_, v_;
+    std::vector<int32_t> ofs_;
+    std::vector<int16_t> fx_, fy_;
+    std::vector<uint8_t> inside_;
     std::vector<T> buf_;
     std::vector<char> top_, bottom_;
     std::vector<int> cover_;

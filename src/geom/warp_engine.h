@@ -7,29 +7,31 @@
 #include "geom/axis_table.h"
 #include "geom/surfaces.h"
 #include "kernels/cpu.h"
+#include "kernels/interp.h"
 #include "zanpx.h"
 
 namespace zan {
 namespace geom {
 
-// Positions are held in 32.32 fixed point; kNowhere marks a pixel the
-// mapping sends nowhere (it is left unchanged).
-constexpr int64_t kNowhere = INT64_MIN / 4;
-inline int64_t toFixed(double u) {
-    // Beyond 2^29 pixels a position is far outside any image; NaN is nowhere.
-    // Truncation gives the same on every processor, and is quick.
-    if (!(u == u)) return kNowhere;
-    if (u > 536870912.0) return INT64_C(1) << 61;
-    if (u < -536870912.0) return -(INT64_C(1) << 61);
-    return int64_t(u * 4294967296.0);
-}
+// Positions are held in 32.32 fixed point (kern::toFixed).
+using kern::kNowhere;
+using kern::toFixed;
+
+// The positions of a row of pixels: pixel i at (u[i] + ub, v[i] + vb).
+struct RowPositions {
+    const int64_t* u;
+    const int64_t* v;
+    int64_t ub, vb;
+};
 
 // Destination pixel -> source position, both in image coordinates.
 class PointMap {
 public:
     virtual ~PointMap() = default;
-    // Positions of the pixels (x0 + i, y), i < n.
-    virtual void row(int y, int x0, int n, int64_t* u, int64_t* v) const = 0;
+    // The positions of the pixels (x0 + i, y), i < n: the map's own tables, or
+    // uBuf and vBuf filled in by `rows`.
+    virtual RowPositions row(const kern::WarpRows& rows, int y, int x0, int n, int64_t* uBuf,
+                             int64_t* vBuf) const = 0;
     // The position of any point (pixel corners and sub-pixel samples for
     // smooth edges); false where there is none.
     virtual bool at(double x, double y, double* u, double* v) const = 0;

@@ -80,21 +80,12 @@ void gatherRef(const T* src, ptrdiff_t, const int32_t* ofs, int cn, T* out, int 
 }
 
 template <class T>
-void pointRef(const T* src, ptrdiff_t, ptrdiff_t rowStep, int step, int cn, const int32_t* ofs, const int16_t* wx,
-              const int16_t* wy, int k, int s1, T* out, int n) {
-    int32_t h[4];
-    for (int i = 0; i < n; ++i) {
-        const int16_t* x = wx + ptrdiff_t(i) * k;
-        const int16_t* y = wy + ptrdiff_t(i) * k;
-        for (int c = 0; c < cn; ++c) {
-            const T* p = src + ofs[i] + c;
-            for (int r = 0; r < k; ++r) {
-                const T* q = p + r * rowStep;
-                h[r] = firstStage([&](int t) { return q[t * step]; }, x, k, s1);
-            }
-            out[ptrdiff_t(i) * cn + c] = secondStage<T>([&](int t) { return h[t]; }, y, k, s1);
-        }
-    }
+void pointRef(const T* src, ptrdiff_t, ptrdiff_t rowStep, int step, int cn, const int32_t* ofs, const int16_t* fx,
+              const int16_t* fy, int k, int s1, T* out, int n) {
+    const int16_t* cubic = cubicWeightTable(0);
+    for (int i = 0; i < n; ++i)
+        pointOne(src, rowStep, step, cn, ofs[i], k > 1 ? fx[i] : 0, k > 1 ? fy[i] : 0, k, s1, cubic,
+                 out + ptrdiff_t(i) * cn);
 }
 
 template <class T>
@@ -119,10 +110,40 @@ InterpRows<T, H> rowsFor(Isa isa, InterpRows<T, H> (*avx2)(), InterpRows<T, H> (
     return r;
 }
 
+void tapsRef(const int64_t* u, int64_t ub, const int64_t* v, int64_t vb, const WarpAxis& x, const WarpAxis& y, int k,
+             int32_t* ofs, int16_t* fx, int16_t* fy, uint8_t* inside, int n) {
+    int16_t ix = 0, iy = 0;
+    for (int i = 0; i < n; i += 8) {
+        int bits = 0;
+        for (int j = i; j < n && j < i + 8; ++j) {
+            const int64_t a = u[j] + ub, b = v[j] + vb;
+            const bool in = x.holds(a) && y.holds(b);
+            ix = iy = 0;
+            ofs[j] = in ? tapsOf(a, b, x, y, k, &ix, &iy) : 0;
+            if (k > 1) fx[j] = ix, fy[j] = iy;
+            bits |= int(in) << (j - i);
+        }
+        inside[i >> 3] = uint8_t(bits);
+    }
+}
+
+void fixedRef(const float* s, int64_t* out, int n) {
+    for (int i = 0; i < n; ++i) out[i] = toFixed(s[i]);
+}
+
 }  // namespace
 
 InterpRows8 interpRows8(Isa isa) { return rowsFor(isa, avx2InterpRows8, sse2InterpRows8); }
 InterpRows16 interpRows16(Isa isa) { return rowsFor(isa, avx2InterpRows16, sse2InterpRows16); }
+
+WarpRows warpRows(Isa isa) {
+    WarpRows r{tapsRef, perspectiveAt, fixedRef};
+    const WarpRows simd = isa == Isa::Avx2 ? avx2WarpRows() : WarpRows{};
+    if (simd.taps) r.taps = simd.taps;
+    if (simd.perspective) r.perspective = simd.perspective;
+    if (simd.fixed) r.fixed = simd.fixed;
+    return r;
+}
 
 }  // namespace kern
 }  // namespace zan

@@ -71,6 +71,122 @@ inline T secondStage(Tap tap, const int16_t* w, int k, int s1) {
     return static_cast<T>(acc < 0 ? 0 : acc > hi ? hi : acc);
 }
 
+// ---- the warps' positions and taps ----
+//
+// A warp's source positions are 32.32 fixed point. toFixed truncates (the
+// same on every processor, and quick); beyond 2^29 pixels a position is far
+// outside any image, and NaN is kNowhere, a pixel the mapping sends nowhere.
+constexpr int64_t kNowhere = INT64_MIN / 4;
+constexpr int64_t kFar = INT64_C(1) << 61;
+inline int64_t toFixed(double u) {
+    if (!(u == u)) return kNowhere;
+    if (u > 536870912.0) return kFar;
+    if (u < -536870912.0) return -kFar;
+    return int64_t(u * 4294967296.0);
+}
+
+// One axis of a warp's source rectangle: its pixels first .. last, the
+// positions that count as inside it (lo .. hi), and the samples from one
+// pixel to the next along it.
+struct WarpAxis {
+    int first = 0, last = 0;
+    int64_t lo = 0, hi = 0;
+    int32_t stride = 1;
+    // One unsigned comparison: u - lo wraps past hi - lo when u is below lo.
+    bool holds(int64_t u) const { return uint64_t(u) - uint64_t(lo) <= uint64_t(hi) - uint64_t(lo); }
+};
+
+// The first tap along one axis for a position inside it, and its weight
+// index. Nearest takes floor(u + 0.5). The others round u to 1/1024 pixel
+// and keep their taps inside: linear takes p(i + 1) as p(i) at the last pixel
+// (index f in 1/1024, weights 4096 - 4f and 4f); cubic moves its span in and
+// the fraction with it (index into cubicWeightTable).
+inline int tapOf(int64_t u, const WarpAxis& s, int k, int16_t* index) {
+    if (k == 1) {
+        const int i = int((u + (INT64_C(1) << 31)) >> 32);
+        return i < s.first ? s.first : i > s.last ? s.last : i;
+    }
+    const int64_t r = u + (INT64_C(1) << (31 - kFracBits));
+    int i = int(r >> 32), f = int((r >> (32 - kFracBits)) & (kFracOne - 1));
+    if (i < s.first) i = s.first, f = 0;
+    if (k == 2) {
+        if (i >= s.last) i = s.last - 1, f = kFracOne;
+        *index = int16_t(f);
+        return i;
+    }
+    if (i > s.last) i = s.last, f = 0;
+    const int start = i - 1 < s.first ? s.first : i - 1 > s.last - 3 ? s.last - 3 : i - 1;
+    *index = int16_t(f + (i - start) * kFracOne);
+    return start;
+}
+
+// Where position (u, v), inside the rectangle, reads: the samples from the
+// rectangle's first one to its first tap; the weight indices go to fx, fy.
+inline int32_t tapsOf(int64_t u, int64_t v, const WarpAxis& x, const WarpAxis& y, int k, int16_t* fx, int16_t* fy) {
+    const int ix = tapOf(u, x, k, fx), iy = tapOf(v, y, k, fy);
+    return int32_t(int64_t(ix - x.first) * x.stride + int64_t(iy - y.first) * y.stride);
+}
+
+// The K weights of index f (see tapOf).
+inline void weightsOf(int k, int f, const int16_t* cubic, int16_t* w) {
+    if (k == 2) {
+        w[1] = int16_t(f << (kWeightBits - kFracBits));
+        w[0] = int16_t(kWeightOne - w[1]);
+    } else if (k == 4) {
+        for (int t = 0; t < 4; ++t) w[t] = cubic[4 * f + t];
+    } else {
+        w[0] = kWeightOne;
+    }
+}
+
+// One output pixel of the warps by the two stages, cn channels.
+template <class T>
+inline void pointOne(const T* src, ptrdiff_t rowStep, int step, int cn, int32_t ofs, int fx, int fy, int k, int s1,
+                     const int16_t* cubic, T* out) {
+    int16_t wx[4], wy[4];
+    weightsOf(k, fx, cubic, wx);
+    weightsOf(k, fy, cubic, wy);
+    for (int c = 0; c < cn; ++c) {
+        int32_t h[4];
+        for (int r = 0; r < k; ++r) {
+            const T* q = src + ofs + c + r * rowStep;
+            h[r] = firstStage([&](int t) { return q[t * step]; }, wx, k, s1);
+        }
+        out[c] = secondStage<T>([&](int t) { return h[t]; }, wy, k, s1);
+    }
+}
+
+// A row of positions (u[i] + ub, v[i] + vb) made into taps: ofs[i], fx[i],
+// fy[i] as tapsOf gives (fx, fy untouched when K is 1) where the position
+// lies inside both axes, bit i % 8 of inside[i / 8] set for those; the others
+// get offset 0 and index 0, which are safe to read.
+using TapsRow = void (*)(const int64_t* u, int64_t ub, const int64_t* v, int64_t vb, const WarpAxis& x,
+                         const WarpAxis& y, int k, int32_t* ofs, int16_t* fx, int16_t* fy, uint8_t* inside, int n);
+
+// A perspective row: pixel x = x0 + i goes to u = toFixed((m[0] x + cu) / w),
+// v = toFixed((m[3] x + cv) / w) with w = m[6] x + cw (one division, two
+// products: r = 1 / w, then each numerator times r).
+using PerspectiveRow = void (*)(const double* m, double cu, double cv, double cw, int x0, int64_t* u, int64_t* v,
+                                int n);
+inline void perspectiveAt(const double* m, double cu, double cv, double cw, int x0, int64_t* u, int64_t* v, int n) {
+    for (int i = 0; i < n; ++i) {
+        const double x = x0 + i, r = 1.0 / (m[6] * x + cw);
+        u[i] = toFixed((m[0] * x + cu) * r);
+        v[i] = toFixed((m[3] * x + cv) * r);
+    }
+}
+
+// toFixed of n map values.
+using FixedRow = void (*)(const float* s, int64_t* out, int n);
+
+struct WarpRows {
+    TapsRow taps;
+    PerspectiveRow perspective;
+    FixedRow fixed;
+};
+WarpRows warpRows(Isa isa);
+WarpRows avx2WarpRows();  // null members fall back to the scalar rows
+
 // ---- row kernels ----
 //
 // Separable resampling keeps one table per axis: for output sample s, the
@@ -90,11 +206,11 @@ template <class T>
 using GatherRow = void (*)(const T* src, ptrdiff_t limit, const int32_t* ofs, int cn, T* out, int n);
 
 // The warps and remap: n pixels, pixel i with its K x K taps from src + ofs[i]
-// (taps `step` samples apart along x, `rowStep` samples along y), weights
-// wx[i*K ..] and wy[i*K ..], cn channels.
+// (taps `step` samples apart along x, `rowStep` samples along y), cn
+// channels, and its weights given by the indices fx[i] and fy[i] (weightsOf).
 template <class T>
 using PointRow = void (*)(const T* src, ptrdiff_t limit, ptrdiff_t rowStep, int step, int cn, const int32_t* ofs,
-                          const int16_t* wx, const int16_t* wy, int k, int s1, T* out, int n);
+                          const int16_t* fx, const int16_t* fy, int k, int s1, T* out, int n);
 
 // Super-sampling by exactly one half each way, from two source rows of
 // contiguous pixels: the general weights are then 2048 each and both stages
@@ -125,6 +241,7 @@ InterpRows8 sse2InterpRows8();
 InterpRows8 avx2InterpRows8();
 InterpRows16 sse2InterpRows16();
 InterpRows16 avx2InterpRows16();
+PointRow<uint8_t> avx2PointRow8();  // the warps' 8U rows (warp_avx2.cpp)
 
 }  // namespace kern
 }  // namespace zan

@@ -31,18 +31,10 @@ using R = __m256i;
 #endif
 
 ZAN_AVX_INLINE R loadu(const void* p) { return _mm256_loadu_si256(static_cast<const R*>(p)); }
-ZAN_AVX_INLINE R gather8(const void* base, R idx) { return _mm256_i32gather_epi32(static_cast<const int*>(base), idx, 1); }
 ZAN_AVX_INLINE R gather16(const void* base, R idx) { return _mm256_i32gather_epi32(static_cast<const int*>(base), idx, 2); }
 
 // True when some index is above the last one whose words stay below the limit.
 ZAN_AVX_INLINE bool unsafe(R idx, R last) { return _mm256_movemask_epi8(_mm256_cmpgt_epi32(idx, last)) != 0; }
-
-// Bytes 0 and `step` (1 to 3) of each word as a pair of 16-bit values.
-ZAN_AVX_INLINE R bytePairs(R g, int step) {
-    const R hi = step == 1 ? _mm256_slli_epi32(g, 8) : step == 2 ? g : _mm256_srli_epi32(g, 8);
-    return _mm256_or_si256(_mm256_and_si256(g, _mm256_set1_epi32(0xFF)),
-                           _mm256_and_si256(hi, _mm256_set1_epi32(0xFF0000)));
-}
 
 // 16U samples at 0 and `step`, less 32768, as a pair of 16-bit values.
 ZAN_AVX_INLINE R samplePairs(const uint16_t* p, R idx, int step) {
@@ -65,32 +57,10 @@ ZAN_AVX_INLINE void weightPairs(const int16_t* w, int k, R& w01, R& w23) {
     w23 = _mm256_permute2x128_si256(a, b, 0x31);
 }
 
-// The first stage of eight outputs, taps from p + idx on.
-ZAN_AVX_INLINE R firstStage8(const uint8_t* p, R idx, int step, int k, R w01, R w23, R round, __m128i shift) {
-    R acc = _mm256_madd_epi16(bytePairs(gather8(p, idx), step), w01);
-    if (k == 4) acc = _mm256_add_epi32(acc, _mm256_madd_epi16(bytePairs(gather8(p + 2 * step, idx), step), w23));
-    return _mm256_sra_epi32(_mm256_add_epi32(acc, round), shift);
-}
 ZAN_AVX_INLINE R firstStage16(const uint16_t* p, R idx, int step, int k, R w01, R w23) {
     R acc = _mm256_add_epi32(_mm256_madd_epi16(samplePairs(p, idx, step), w01), _mm256_set1_epi32(32768 * kWeightOne));
     if (k == 4) acc = _mm256_add_epi32(acc, _mm256_madd_epi16(samplePairs(p + 2 * step, idx, step), w23));
     return acc;
-}
-
-// Eight int32 results (0 .. 255 after clamping) as eight bytes.
-ZAN_AVX_INLINE __m128i bytesOf(R v) {
-    const R p = _mm256_packus_epi16(_mm256_packs_epi32(v, v), _mm256_packs_epi32(v, v));
-    return _mm_unpacklo_epi32(_mm256_castsi256_si128(p), _mm256_extracti128_si256(p, 1));
-}
-
-// Eight results of the 8U second stage: pairs (h0, h1) and (h2, h3) weighed.
-ZAN_AVX_INLINE R secondStage8(R h0, R h1, R h2, R h3, int k, R w01, R w23, R round, __m128i shift) {
-    const R low = _mm256_set1_epi32(0xFFFF);
-    R acc = _mm256_madd_epi16(_mm256_or_si256(_mm256_and_si256(h0, low), _mm256_slli_epi32(h1, 16)), w01);
-    if (k == 4)
-        acc = _mm256_add_epi32(acc, _mm256_madd_epi16(_mm256_or_si256(_mm256_and_si256(h2, low),
-                                                                       _mm256_slli_epi32(h3, 16)), w23));
-    return _mm256_sra_epi32(_mm256_add_epi32(acc, round), shift);
 }
 
 // The 16U second stage in double precision, where its integer sums are exact:
@@ -103,9 +73,6 @@ ZAN_AVX_INLINE __m128i finish16(__m256d acc, int s2) {
     acc = _mm256_min_pd(_mm256_max_pd(acc, _mm256_setzero_pd()), _mm256_set1_pd(65535.0));
     return _mm256_cvttpd_epi32(acc);
 }
-
-// Whether a pair of taps `step` apart fits one word.
-ZAN_AVX_INLINE bool pairable(int step, int bytes) { return step >= 1 && step * bytes <= 4 - bytes; }
 
 // ---- windows ----
 // Where a block's offsets lie within 16 bytes of its first one (scaling tables
@@ -213,89 +180,9 @@ void vertical16(const int32_t* const* rows, const int16_t* w, int k, int s1, uin
     for (; i < n; ++i) out[i] = secondStage<uint16_t>([&](int t) { return rows[t][i]; }, w, k, s1);
 }
 
-// One output pixel by the formulas (tails and unsafe blocks).
-template <class T>
-void pointOne(const T* src, ptrdiff_t rowStep, int step, int cn, int32_t ofs, const int16_t* wx, const int16_t* wy,
-              int k, int s1, T* out) {
-    for (int c = 0; c < cn; ++c) {
-        int32_t h[4];
-        for (int r = 0; r < k; ++r) {
-            const T* q = src + ofs + c + r * rowStep;
-            h[r] = firstStage([&](int t) { return q[t * step]; }, wx, k, s1);
-        }
-        out[c] = secondStage<T>([&](int t) { return h[t]; }, wy, k, s1);
-    }
-}
-
-// Eight pixels at a time, channel by channel: K rows of first stages, then the second.
-// Linear interpolation of cn channels with plain loads: on processors whose
-// gathers are slow, four loads a sample beat two gathers per eight.
-template <int Cn>
-void pointLinear8(const uint8_t* src, ptrdiff_t rowStep, int step, const int32_t* ofs, const int16_t* wx,
-                  const int16_t* wy, int s1, uint8_t* out, int n) {
-    const int s2 = 2 * kWeightBits - s1, r1 = s1 ? 1 << (s1 - 1) : 0, r2 = 1 << (s2 - 1);
-    for (int i = 0; i < n; ++i, wx += 2, wy += 2, out += Cn) {
-        const uint8_t* p = src + ofs[i];
-        const int x0 = wx[0], x1 = wx[1], y0 = wy[0], y1 = wy[1];
-        for (int c = 0; c < Cn; ++c) {
-            const int h0 = (x0 * p[c] + x1 * p[c + step] + r1) >> s1;
-            const int h1 = (x0 * p[c + rowStep] + x1 * p[c + rowStep + step] + r1) >> s1;
-            const int v = (y0 * h0 + y1 * h1 + r2) >> s2;
-            out[c] = uint8_t(v < 0 ? 0 : v > 255 ? 255 : v);
-        }
-    }
-}
-
-void point8(const uint8_t* src, ptrdiff_t limit, ptrdiff_t rowStep, int step, int cn, const int32_t* ofs,
-            const int16_t* wx, const int16_t* wy, int k, int s1, uint8_t* out, int n) {
-    if (k == 2 && cn >= 1 && cn <= 4) {
-        switch (cn) {
-            case 1: pointLinear8<1>(src, rowStep, step, ofs, wx, wy, s1, out, n); return;
-            case 2: pointLinear8<2>(src, rowStep, step, ofs, wx, wy, s1, out, n); return;
-            case 3: pointLinear8<3>(src, rowStep, step, ofs, wx, wy, s1, out, n); return;
-            default: pointLinear8<4>(src, rowStep, step, ofs, wx, wy, s1, out, n); return;
-        }
-    }
-    int i = 0;
-    const ptrdiff_t last = limit - 4 - (k - 1) * rowStep - (k == 4 ? 2 * step : 0) - (cn - 1);
-    if ((k == 2 || k == 4) && pairable(step, 1) && last >= 0) {
-        const R lastV = _mm256_set1_epi32(int(last > INT32_MAX ? INT32_MAX : last));
-        const R round1 = _mm256_set1_epi32(s1 ? 1 << (s1 - 1) : 0);
-        const R round2 = _mm256_set1_epi32(1 << (2 * kWeightBits - s1 - 1));
-        const __m128i shift1 = _mm_cvtsi32_si128(s1), shift2 = _mm_cvtsi32_si128(2 * kWeightBits - s1);
-        for (; i + 8 <= n; i += 8) {
-            const R idx = loadu(ofs + i);
-            if (unsafe(idx, lastV)) break;
-            R x01, x23, y01, y23;
-            weightPairs(wx + ptrdiff_t(i) * k, k, x01, x23);
-            weightPairs(wy + ptrdiff_t(i) * k, k, y01, y23);
-            for (int c = 0; c < cn; ++c) {
-                const uint8_t* p = src + c;
-                const R h0 = firstStage8(p, idx, step, k, x01, x23, round1, shift1);
-                const R h1 = firstStage8(p + rowStep, idx, step, k, x01, x23, round1, shift1);
-                R h2 = h0, h3 = h1;
-                if (k == 4) {
-                    h2 = firstStage8(p + 2 * rowStep, idx, step, k, x01, x23, round1, shift1);
-                    h3 = firstStage8(p + 3 * rowStep, idx, step, k, x01, x23, round1, shift1);
-                }
-                const __m128i bytes = bytesOf(secondStage8(h0, h1, h2, h3, k, y01, y23, round2, shift2));
-                if (cn == 1) {
-                    _mm_storel_epi64(reinterpret_cast<__m128i*>(out + i), bytes);
-                } else {
-                    uint8_t b[16];
-                    _mm_storeu_si128(reinterpret_cast<__m128i*>(b), bytes);
-                    for (int j = 0; j < 8; ++j) out[ptrdiff_t(i + j) * cn + c] = b[j];
-                }
-            }
-        }
-    }
-    for (; i < n; ++i)
-        pointOne(src, rowStep, step, cn, ofs[i], wx + ptrdiff_t(i) * k, wy + ptrdiff_t(i) * k, k, s1,
-                 out + ptrdiff_t(i) * cn);
-}
-
 void point16(const uint16_t* src, ptrdiff_t limit, ptrdiff_t rowStep, int step, int cn, const int32_t* ofs,
-             const int16_t* wx, const int16_t* wy, int k, int s1, uint16_t* out, int n) {
+             const int16_t* fx, const int16_t* fy, int k, int s1, uint16_t* out, int n) {
+    const int16_t* cubic = cubicWeightTable(0);
     int i = 0;
     const ptrdiff_t last = limit - 2 - (k - 1) * rowStep - (k == 4 ? 3 * step : step) - (cn - 1);
     if ((k == 2 || k == 4) && step >= 1 && s1 == 0 && last >= 0) {
@@ -303,15 +190,20 @@ void point16(const uint16_t* src, ptrdiff_t limit, ptrdiff_t rowStep, int step, 
         for (; i + 8 <= n; i += 8) {
             const R idx = loadu(ofs + i);
             if (unsafe(idx, lastV)) break;
+            int16_t wx[32], wy[32];
+            for (int j = 0; j < 8; ++j) {
+                weightsOf(k, fx[i + j], cubic, wx + j * k);
+                weightsOf(k, fy[i + j], cubic, wy + j * k);
+            }
             R x01, x23;
-            weightPairs(wx + ptrdiff_t(i) * k, k, x01, x23);
+            weightPairs(wx, k, x01, x23);
             const int s2 = 2 * kWeightBits - s1;
             const __m256d round = _mm256_set1_pd(double(int64_t(1) << (s2 - 1)));
             for (int c = 0; c < cn; ++c) {
                 __m256d lo = round, hi = round;
                 for (int r = 0; r < k; ++r) {
                     const R h = firstStage16(src + c + r * rowStep, idx, step, k, x01, x23);
-                    const int16_t* y = wy + ptrdiff_t(i) * k + r;
+                    const int16_t* y = wy + r;
                     const __m128i wlo = _mm_setr_epi32(y[0], y[k], y[2 * k], y[3 * k]);
                     const __m128i whi = _mm_setr_epi32(y[4 * k], y[5 * k], y[6 * k], y[7 * k]);
                     lo = addProducts(lo, _mm256_castsi256_si128(h), wlo);
@@ -323,9 +215,7 @@ void point16(const uint16_t* src, ptrdiff_t limit, ptrdiff_t rowStep, int step, 
             }
         }
     }
-    for (; i < n; ++i)
-        pointOne(src, rowStep, step, cn, ofs[i], wx + ptrdiff_t(i) * k, wy + ptrdiff_t(i) * k, k, s1,
-                 out + ptrdiff_t(i) * cn);
+    for (; i < n; ++i) pointOne(src, rowStep, step, cn, ofs[i], fx[i], fy[i], k, s1, cubic, out + ptrdiff_t(i) * cn);
 }
 
 // Nearest neighbour: single bytes sixteen to a window where the offsets
@@ -339,6 +229,20 @@ void copyPixels(const uint8_t* src, const int32_t* ofs, uint8_t* out, int n) {
 void gatherPixels8(const uint8_t* src, ptrdiff_t limit, const int32_t* ofs, int cn, uint8_t* out, int n) {
     int i = 0;
     if (cn == 1) {
+        // Every other byte (a halving): 32 at a time while the offsets run so.
+        const R ramp = _mm256_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14), sixteen = _mm256_set1_epi32(16);
+        for (; i + 32 <= n && ofs[i] >= 0 && ofs[i] + ptrdiff_t(64) <= limit; i += 32) {
+            const R e0 = _mm256_add_epi32(_mm256_set1_epi32(ofs[i]), ramp), e1 = _mm256_add_epi32(e0, sixteen);
+            const R e2 = _mm256_add_epi32(e1, sixteen), e3 = _mm256_add_epi32(e2, sixteen);
+            const R same = _mm256_and_si256(
+                _mm256_and_si256(_mm256_cmpeq_epi32(loadu(ofs + i), e0), _mm256_cmpeq_epi32(loadu(ofs + i + 8), e1)),
+                _mm256_and_si256(_mm256_cmpeq_epi32(loadu(ofs + i + 16), e2), _mm256_cmpeq_epi32(loadu(ofs + i + 24), e3)));
+            if (_mm256_movemask_epi8(same) != -1) break;
+            const uint8_t* p = src + ofs[i];
+            const R low = _mm256_set1_epi16(0xFF);
+            const R v = _mm256_packus_epi16(_mm256_and_si256(loadu(p), low), _mm256_and_si256(loadu(p + 32), low));
+            _mm256_storeu_si256(reinterpret_cast<R*>(out + i), _mm256_permute4x64_epi64(v, 0xD8));
+        }
         for (; i + 16 <= n; i += 16) {
             // Offsets far apart (a warp's) go straight to plain loads.
             if (uint32_t(ofs[i + 15] - ofs[i]) > 31u) {
@@ -349,8 +253,7 @@ void gatherPixels8(const uint8_t* src, ptrdiff_t limit, const int32_t* ofs, int 
             const R base = _mm256_set1_epi32(b);
             const R d0 = _mm256_sub_epi32(loadu(ofs + i), base), d1 = _mm256_sub_epi32(loadu(ofs + i + 8), base);
             if (b + ptrdiff_t(16) > limit || !within(d0, 15) || !within(d1, 15)) {
-                // Every other byte (a halving): one 32-byte load, the even bytes kept.
-                const R ramp = _mm256_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14);
+                // Every other byte up to the limit: one 32-byte load, the even bytes kept.
                 const R even0 = _mm256_cmpeq_epi32(d0, ramp);
                 const R even1 = _mm256_cmpeq_epi32(d1, _mm256_add_epi32(ramp, _mm256_set1_epi32(16)));
                 if (b + ptrdiff_t(32) <= limit && _mm256_movemask_epi8(_mm256_and_si256(even0, even1)) == -1) {
@@ -449,7 +352,7 @@ void halve8(const uint8_t* a, const uint8_t* b, int cn, uint8_t* out, int n) {
 }  // namespace
 ZAN_TARGET_END
 
-InterpRows8 avx2GatherRows8() { return {horizontal8, nullptr, gatherPixels8, point8, halve8}; }
+InterpRows8 avx2GatherRows8() { return {horizontal8, nullptr, gatherPixels8, nullptr, halve8}; }
 InterpRows16 avx2GatherRows16() { return {horizontal16, vertical16, gatherPixels16, point16, nullptr}; }
 
 }  // namespace kern

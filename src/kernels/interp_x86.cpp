@@ -17,6 +17,7 @@ InterpRows8 sse2InterpRows8() { return {nullptr, sse2::vertical8Simd, nullptr, n
 InterpRows8 avx2InterpRows8() {
     InterpRows8 r = avx2GatherRows8();
     r.vertical = avx2::vertical8Simd;
+    r.point = avx2PointRow8();
     return r;
 }
 InterpRows16 sse2InterpRows16() { return {}; }
