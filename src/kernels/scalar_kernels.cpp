@@ -60,20 +60,6 @@ template void cmp8u<Rel::Equal>(const uint8_t*, uint8_t*, ptrdiff_t, int);
 
 namespace {
 
-constexpr uint8_t reverse(unsigned b) {
-    unsigned r = 0;
-    for (int i = 0; i < 8; ++i) r |= ((b >> i) & 1u) << (7 - i);
-    return uint8_t(r);
-}
-
-struct ReverseTable {
-    uint8_t v[256];
-    constexpr ReverseTable() : v() {
-        for (unsigned i = 0; i < 256; ++i) v[i] = reverse(i);
-    }
-};
-constexpr ReverseTable kTable;
-
 const ConstKernels kScalar = {
     {ref::sub<uint8_t>, ref::revSub<uint8_t>, ref::mul<uint8_t>},
     {ref::sub<uint16_t>, ref::revSub<uint16_t>, ref::mul<uint16_t>},
@@ -88,8 +74,6 @@ const ConstKernels& kernelsFor(Isa isa) {
 }
 
 }  // namespace
-
-const uint8_t* const kReverseBits = kTable.v;
 
 ScalarRow<uint8_t> constRow8u(UOp op, Isa isa) { return kernelsFor(isa).row8u[static_cast<int>(op)]; }
 ScalarRow<uint16_t> constRow16u(UOp op, Isa isa) { return kernelsFor(isa).row16u[static_cast<int>(op)]; }

@@ -54,9 +54,5 @@ struct ConstKernels {
 const ConstKernels* sse2ConstKernels();  // null where the build has no such variant
 const ConstKernels* avx2ConstKernels();
 
-// A byte with its bit order reversed: turns a lane mask (first sample in bit 0)
-// into the images' order (first pixel in bit 7).
-extern const uint8_t* const kReverseBits;
-
 }  // namespace kern
 }  // namespace zan

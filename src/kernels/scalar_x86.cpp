@@ -2,6 +2,7 @@
 // (scalar_simd.inc) compiled once per instruction set.
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 
 #include "kernels/scalar_kernels.h"
