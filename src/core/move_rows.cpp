@@ -38,6 +38,12 @@ void moveRuns(Move move, const View& a, const View& b, T value, int w, int h) {
     int planes = a.planeStep ? a.nChannels : 1;
     size_t samples = size_t(w) * size_t(a.pixelStep);
     size_t bytes = samples * sizeof(T);
+    // Rows that follow each other without a gap in both images move as one run.
+    if (h > 1 && a.rowStep == b.rowStep && a.rowStep > 0 && size_t(a.rowStep) == bytes) {
+        samples *= size_t(h);
+        bytes *= size_t(h);
+        h = 1;
+    }
     for (int p = 0; p < planes; ++p) {
         char* ra = a.data + p * a.planeStep;
         char* rb = b.data + p * b.planeStep;
