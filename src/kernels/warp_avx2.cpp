@@ -10,6 +10,7 @@
 // the scalar rows' bits.
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "kernels/interp.h"
 #include "kernels/target.h"
@@ -238,6 +239,18 @@ ZAN_WARP_INLINE int tapQuad(const uint8_t* p, int step) {
     return int(uint32_t(p[0]) | uint32_t(p[step]) << 8 | uint32_t(p[2 * step]) << 16 | uint32_t(p[3 * step]) << 24);
 }
 
+// The upper and lower rows' tap pairs of eight pixels, in the order
+// 0 1 4 5 2 3 6 7 so that the stages come out in order (the lane of an
+// insert must be a constant, hence the index pack).
+template <bool Adjacent, size_t... K>
+ZAN_WARP_INLINE void pairsOfRows(const uint8_t* src, ptrdiff_t rowStep, int step, const int32_t* o, __m128i& a,
+                                 __m128i& b, std::index_sequence<K...>) {
+    constexpr int kOrder[8] = {0, 1, 4, 5, 2, 3, 6, 7};
+    ((a = _mm_insert_epi16(a, tapPair<Adjacent>(src + o[kOrder[K]], step), int(K)),
+      b = _mm_insert_epi16(b, tapPair<Adjacent>(src + o[kOrder[K]] + rowStep, step), int(K))),
+     ...);
+}
+
 // One channel, linear: per pixel the bytes (p0 p1 q0 q1) of its upper and
 // lower row, zero-extended, make two first-stage pairs.
 template <bool Adjacent>
@@ -246,25 +259,8 @@ int linear1(const uint8_t* src, ptrdiff_t rowStep, int step, const int32_t* ofs,
     int i = 0;
     for (; i + 8 <= n; i += 8) {
         const int32_t* o = ofs + i;
-        // Pixels in the order 0 1 4 5 2 3 6 7, so that the stages come out in order.
-        static const int kOrder[8] = {0, 1, 4, 5, 2, 3, 6, 7};
         __m128i a = _mm_setzero_si128(), b = a;
-        a = _mm_insert_epi16(a, tapPair<Adjacent>(src + o[kOrder[0]], step), 0);
-        b = _mm_insert_epi16(b, tapPair<Adjacent>(src + o[kOrder[0]] + rowStep, step), 0);
-        a = _mm_insert_epi16(a, tapPair<Adjacent>(src + o[kOrder[1]], step), 1);
-        b = _mm_insert_epi16(b, tapPair<Adjacent>(src + o[kOrder[1]] + rowStep, step), 1);
-        a = _mm_insert_epi16(a, tapPair<Adjacent>(src + o[kOrder[2]], step), 2);
-        b = _mm_insert_epi16(b, tapPair<Adjacent>(src + o[kOrder[2]] + rowStep, step), 2);
-        a = _mm_insert_epi16(a, tapPair<Adjacent>(src + o[kOrder[3]], step), 3);
-        b = _mm_insert_epi16(b, tapPair<Adjacent>(src + o[kOrder[3]] + rowStep, step), 3);
-        a = _mm_insert_epi16(a, tapPair<Adjacent>(src + o[kOrder[4]], step), 4);
-        b = _mm_insert_epi16(b, tapPair<Adjacent>(src + o[kOrder[4]] + rowStep, step), 4);
-        a = _mm_insert_epi16(a, tapPair<Adjacent>(src + o[kOrder[5]], step), 5);
-        b = _mm_insert_epi16(b, tapPair<Adjacent>(src + o[kOrder[5]] + rowStep, step), 5);
-        a = _mm_insert_epi16(a, tapPair<Adjacent>(src + o[kOrder[6]], step), 6);
-        b = _mm_insert_epi16(b, tapPair<Adjacent>(src + o[kOrder[6]] + rowStep, step), 6);
-        a = _mm_insert_epi16(a, tapPair<Adjacent>(src + o[kOrder[7]], step), 7);
-        b = _mm_insert_epi16(b, tapPair<Adjacent>(src + o[kOrder[7]] + rowStep, step), 7);
+        pairsOfRows<Adjacent>(src, rowStep, step, o, a, b, std::make_index_sequence<8>());
         const R wx = linearPairs(fx + i);
         const R h = _mm256_packs_epi32(st.first(_mm256_cvtepu8_epi16(_mm_unpacklo_epi16(a, b)), _mm256_unpacklo_epi32(wx, wx)),
                                        st.first(_mm256_cvtepu8_epi16(_mm_unpackhi_epi16(a, b)), _mm256_unpackhi_epi32(wx, wx)));
