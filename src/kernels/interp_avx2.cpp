@@ -22,22 +22,14 @@ namespace {
 
 using R = __m256i;
 
-// Helpers are always inlined so that no 256-bit value goes through memory
-// (64-bit Windows cannot align the stack for it).
-#if defined(__GNUC__)
-#define ZAN_AVX_INLINE inline __attribute__((always_inline))
-#else
-#define ZAN_AVX_INLINE inline
-#endif
-
-ZAN_AVX_INLINE R loadu(const void* p) { return _mm256_loadu_si256(static_cast<const R*>(p)); }
-ZAN_AVX_INLINE R gather16(const void* base, R idx) { return _mm256_i32gather_epi32(static_cast<const int*>(base), idx, 2); }
+ZAN_ALWAYS_INLINE R loadu(const void* p) { return _mm256_loadu_si256(static_cast<const R*>(p)); }
+ZAN_ALWAYS_INLINE R gather16(const void* base, R idx) { return _mm256_i32gather_epi32(static_cast<const int*>(base), idx, 2); }
 
 // True when some index is above the last one whose words stay below the limit.
-ZAN_AVX_INLINE bool unsafe(R idx, R last) { return _mm256_movemask_epi8(_mm256_cmpgt_epi32(idx, last)) != 0; }
+ZAN_ALWAYS_INLINE bool unsafe(R idx, R last) { return _mm256_movemask_epi8(_mm256_cmpgt_epi32(idx, last)) != 0; }
 
 // 16U samples at 0 and `step`, less 32768, as a pair of 16-bit values.
-ZAN_AVX_INLINE R samplePairs(const uint16_t* p, R idx, int step) {
+ZAN_ALWAYS_INLINE R samplePairs(const uint16_t* p, R idx, int step) {
     R pair = step == 1 ? gather16(p, idx)
                        : _mm256_or_si256(_mm256_and_si256(gather16(p, idx), _mm256_set1_epi32(0xFFFF)),
                                          _mm256_slli_epi32(gather16(p + step, idx), 16));
@@ -45,7 +37,7 @@ ZAN_AVX_INLINE R samplePairs(const uint16_t* p, R idx, int step) {
 }
 
 // Weight pairs (w0, w1) and (w2, w3) of eight outputs from K weights each.
-ZAN_AVX_INLINE void weightPairs(const int16_t* w, int k, R& w01, R& w23) {
+ZAN_ALWAYS_INLINE void weightPairs(const int16_t* w, int k, R& w01, R& w23) {
     if (k == 2) {
         w01 = loadu(w);
         w23 = _mm256_setzero_si256();
@@ -57,7 +49,7 @@ ZAN_AVX_INLINE void weightPairs(const int16_t* w, int k, R& w01, R& w23) {
     w23 = _mm256_permute2x128_si256(a, b, 0x31);
 }
 
-ZAN_AVX_INLINE R firstStage16(const uint16_t* p, R idx, int step, int k, R w01, R w23) {
+ZAN_ALWAYS_INLINE R firstStage16(const uint16_t* p, R idx, int step, int k, R w01, R w23) {
     R acc = _mm256_add_epi32(_mm256_madd_epi16(samplePairs(p, idx, step), w01), _mm256_set1_epi32(32768 * kWeightOne));
     if (k == 4) acc = _mm256_add_epi32(acc, _mm256_madd_epi16(samplePairs(p + 2 * step, idx, step), w23));
     return acc;
@@ -65,10 +57,10 @@ ZAN_AVX_INLINE R firstStage16(const uint16_t* p, R idx, int step, int k, R w01, 
 
 // The 16U second stage in double precision, where its integer sums are exact:
 // a row's four products added, then the sum rounded and clamped.
-ZAN_AVX_INLINE __m256d addProducts(__m256d acc, __m128i h, __m128i w) {
+ZAN_ALWAYS_INLINE __m256d addProducts(__m256d acc, __m128i h, __m128i w) {
     return _mm256_add_pd(acc, _mm256_mul_pd(_mm256_cvtepi32_pd(h), _mm256_cvtepi32_pd(w)));
 }
-ZAN_AVX_INLINE __m128i finish16(__m256d acc, int s2) {
+ZAN_ALWAYS_INLINE __m128i finish16(__m256d acc, int s2) {
     acc = _mm256_floor_pd(_mm256_mul_pd(acc, _mm256_set1_pd(1.0 / double(int64_t(1) << s2))));
     acc = _mm256_min_pd(_mm256_max_pd(acc, _mm256_setzero_pd()), _mm256_set1_pd(65535.0));
     return _mm256_cvttpd_epi32(acc);
@@ -79,17 +71,17 @@ ZAN_AVX_INLINE __m128i finish16(__m256d acc, int s2) {
 // mostly do), one load and a byte shuffle fetch the whole block; the shuffle
 // controls are the offsets less the first.
 
-ZAN_AVX_INLINE __m128i load16(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
+ZAN_ALWAYS_INLINE __m128i load16(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
 
 // True when every d lies in [0, most].
-ZAN_AVX_INLINE bool within(R d, int most) {
+ZAN_ALWAYS_INLINE bool within(R d, int most) {
     return _mm256_movemask_epi8(_mm256_or_si256(_mm256_cmpgt_epi32(d, _mm256_set1_epi32(most)),
                                                 _mm256_cmpgt_epi32(_mm256_setzero_si256(), d))) == 0;
 }
 
 // The first stage of eight outputs, four per 128-bit lane, from one window a
 // lane; false (nothing computed) when the taps do not fit the windows.
-ZAN_AVX_INLINE bool windowStage8(const uint8_t* src, ptrdiff_t limit, const int32_t* ofs, int step, int k, R w01,
+ZAN_ALWAYS_INLINE bool windowStage8(const uint8_t* src, ptrdiff_t limit, const int32_t* ofs, int step, int k, R w01,
                                  R w23, R round, __m128i shift, R& h) {
     // Each lane's window starts at its smallest offset.
     const R idx = loadu(ofs);
@@ -315,8 +307,8 @@ void gatherPixels16(const uint16_t* src, ptrdiff_t limit, const int32_t* ofs, in
 // Sums of neighbouring pixels with a byte multiply-add by ones (one channel,
 // after a shuffle that puts each channel's pair side by side for three).
 
-ZAN_AVX_INLINE R pairSums(R x) { return _mm256_maddubs_epi16(x, _mm256_set1_epi8(1)); }
-ZAN_AVX_INLINE R quarter(R a, R b) {
+ZAN_ALWAYS_INLINE R pairSums(R x) { return _mm256_maddubs_epi16(x, _mm256_set1_epi8(1)); }
+ZAN_ALWAYS_INLINE R quarter(R a, R b) {
     return _mm256_srli_epi16(_mm256_add_epi16(_mm256_add_epi16(a, b), _mm256_set1_epi16(2)), 2);
 }
 

@@ -21,3 +21,11 @@
 #define ZAN_TARGET_BEGIN(isa)
 #define ZAN_TARGET_END
 #endif
+
+// Vector helpers are always inlined, so that no 256-bit value goes through
+// memory (64-bit Windows cannot align the stack for it).
+#if defined(__GNUC__)
+#define ZAN_ALWAYS_INLINE inline __attribute__((always_inline))
+#else
+#define ZAN_ALWAYS_INLINE inline
+#endif

@@ -26,20 +26,12 @@ namespace {
 
 using R = __m256i;
 
-// Helpers are always inlined so that no 256-bit value goes through memory
-// (64-bit Windows cannot align the stack for it).
-#if defined(__GNUC__)
-#define ZAN_WARP_INLINE inline __attribute__((always_inline))
-#else
-#define ZAN_WARP_INLINE inline
-#endif
-
-ZAN_WARP_INLINE R loadu(const void* p) { return _mm256_loadu_si256(static_cast<const R*>(p)); }
-ZAN_WARP_INLINE void storeu(void* p, R v) { _mm256_storeu_si256(static_cast<R*>(p), v); }
-ZAN_WARP_INLINE __m128i load16(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
-ZAN_WARP_INLINE void store16(void* p, __m128i v) { _mm_storeu_si128(static_cast<__m128i*>(p), v); }
-ZAN_WARP_INLINE __m128i load8(const void* p) { return _mm_loadl_epi64(static_cast<const __m128i*>(p)); }
-ZAN_WARP_INLINE int64_t word8(const void* p) {
+ZAN_ALWAYS_INLINE R loadu(const void* p) { return _mm256_loadu_si256(static_cast<const R*>(p)); }
+ZAN_ALWAYS_INLINE void storeu(void* p, R v) { _mm256_storeu_si256(static_cast<R*>(p), v); }
+ZAN_ALWAYS_INLINE __m128i load16(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
+ZAN_ALWAYS_INLINE void store16(void* p, __m128i v) { _mm_storeu_si128(static_cast<__m128i*>(p), v); }
+ZAN_ALWAYS_INLINE __m128i load8(const void* p) { return _mm_loadl_epi64(static_cast<const __m128i*>(p)); }
+ZAN_ALWAYS_INLINE int64_t word8(const void* p) {
     int64_t v;
     std::memcpy(&v, p, 8);
     return v;
@@ -51,7 +43,7 @@ ZAN_WARP_INLINE int64_t word8(const void* p) {
 // 2^19 or more from 0: those go the scalar way. Below that, u * 2^32
 // truncated is an integer under 2^51, which the low bits of 2^52 + 2^51
 // plus it hold exactly.
-ZAN_WARP_INLINE bool fixed4(__m256d u, int64_t* out) {
+ZAN_ALWAYS_INLINE bool fixed4(__m256d u, int64_t* out) {
     const __m256d size = _mm256_andnot_pd(_mm256_set1_pd(-0.0), u);
     if (_mm256_movemask_pd(_mm256_cmp_pd(size, _mm256_set1_pd(524288.0), _CMP_NLT_UQ))) return false;
     const __m256d magic = _mm256_set1_pd(6755399441055744.0);
@@ -88,17 +80,17 @@ void fixed(const float* s, int64_t* out, int n) {
 
 // The high and the low 32-bit halves of eight 64-bit values, a holding
 // pixels 0 .. 3 and b 4 .. 7, in the order 0 1 4 5 2 3 6 7.
-ZAN_WARP_INLINE R highHalves(R a, R b) {
+ZAN_ALWAYS_INLINE R highHalves(R a, R b) {
     return _mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a), _mm256_castsi256_ps(b), 0xDD));
 }
-ZAN_WARP_INLINE R lowHalves(R a, R b) {
+ZAN_ALWAYS_INLINE R lowHalves(R a, R b) {
     return _mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a), _mm256_castsi256_ps(b), 0x88));
 }
 // 0 1 4 5 2 3 6 7 back to 0 .. 7.
-ZAN_WARP_INLINE R inOrder(R v) { return _mm256_permute4x64_epi64(v, 0xD8); }
+ZAN_ALWAYS_INLINE R inOrder(R v) { return _mm256_permute4x64_epi64(v, 0xD8); }
 
 // Where one axis of eight pixels lies outside [lo, hi] (64-bit masks).
-ZAN_WARP_INLINE R outside(R u, R lo, R hi) {
+ZAN_ALWAYS_INLINE R outside(R u, R lo, R hi) {
     return _mm256_or_si256(_mm256_cmpgt_epi64(lo, u), _mm256_cmpgt_epi64(u, hi));
 }
 
@@ -116,7 +108,7 @@ struct TapsOf8 {
           k(taps) {}
 
     // The first tap and its index along one axis, in the order 0 1 4 5 2 3 6 7.
-    ZAN_WARP_INLINE R axis(R r0, R r1, R first, R last, R& index) const {
+    ZAN_ALWAYS_INLINE R axis(R r0, R r1, R first, R last, R& index) const {
         R i = highHalves(r0, r1);
         if (k == 1) return i;
         R f = _mm256_srli_epi32(lowHalves(r0, r1), 32 - kFracBits);
@@ -135,7 +127,7 @@ struct TapsOf8 {
     }
 
     // Returns the inside bits.
-    ZAN_WARP_INLINE int run(const int64_t* u, const int64_t* v, int32_t* ofs, int16_t* fx, int16_t* fy) const {
+    ZAN_ALWAYS_INLINE int run(const int64_t* u, const int64_t* v, int32_t* ofs, int16_t* fx, int16_t* fy) const {
         const R u0 = _mm256_add_epi64(loadu(u), ubV), u1 = _mm256_add_epi64(loadu(u + 4), ubV);
         const R v0 = _mm256_add_epi64(loadu(v), vbV), v1 = _mm256_add_epi64(loadu(v + 4), vbV);
         const R out = lowHalves(_mm256_or_si256(outside(u0, uLo, uHi), outside(v0, vLo, vHi)),
@@ -191,29 +183,29 @@ struct Stages {
           shift1(_mm_cvtsi32_si128(s1)),
           shift2(_mm_cvtsi32_si128(2 * kWeightBits - s1)) {}
     // Pairs of 16-bit samples (or first-stage results) weighed and summed.
-    ZAN_WARP_INLINE R first(R pairs, R w) const {
+    ZAN_ALWAYS_INLINE R first(R pairs, R w) const {
         return _mm256_sra_epi32(_mm256_add_epi32(_mm256_madd_epi16(pairs, w), round1), shift1);
     }
-    ZAN_WARP_INLINE R second(R pairs, R w) const {
+    ZAN_ALWAYS_INLINE R second(R pairs, R w) const {
         return _mm256_sra_epi32(_mm256_add_epi32(_mm256_madd_epi16(pairs, w), round2), shift2);
     }
     // Sums of neighbouring 32-bit values of a and b, then as first.
-    ZAN_WARP_INLINE R firstSums(R a, R b) const {
+    ZAN_ALWAYS_INLINE R firstSums(R a, R b) const {
         return _mm256_sra_epi32(_mm256_add_epi32(_mm256_hadd_epi32(a, b), round1), shift1);
     }
-    ZAN_WARP_INLINE R secondSums(R a, R b) const {
+    ZAN_ALWAYS_INLINE R secondSums(R a, R b) const {
         return _mm256_sra_epi32(_mm256_add_epi32(_mm256_hadd_epi32(a, b), round2), shift2);
     }
 };
 
 // Linear weight pairs (4096 - 4f, 4f) of eight pixels, one per 32 bits.
-ZAN_WARP_INLINE R linearPairs(const int16_t* f) {
+ZAN_ALWAYS_INLINE R linearPairs(const int16_t* f) {
     const R w1 = _mm256_slli_epi32(_mm256_cvtepu16_epi32(load16(f)), kWeightBits - kFracBits);
     return _mm256_or_si256(_mm256_sub_epi32(_mm256_set1_epi32(kWeightOne), w1), _mm256_slli_epi32(w1, 16));
 }
 
 // Eight results (0 .. 255 once clamped) as eight bytes.
-ZAN_WARP_INLINE void storeBytes(uint8_t* out, R v) {
+ZAN_ALWAYS_INLINE void storeBytes(uint8_t* out, R v) {
     const R p = _mm256_packus_epi16(_mm256_packs_epi32(v, v), v);
     _mm_storel_epi64(reinterpret_cast<__m128i*>(out),
                      _mm_unpacklo_epi32(_mm256_castsi256_si128(p), _mm256_extracti128_si256(p, 1)));
@@ -221,7 +213,7 @@ ZAN_WARP_INLINE void storeBytes(uint8_t* out, R v) {
 
 // Two taps `step` apart (side by side when Adjacent) as a 16-bit value.
 template <bool Adjacent>
-ZAN_WARP_INLINE int tapPair(const uint8_t* p, int step) {
+ZAN_ALWAYS_INLINE int tapPair(const uint8_t* p, int step) {
     if (Adjacent) {
         uint16_t v;
         std::memcpy(&v, p, 2);
@@ -230,7 +222,7 @@ ZAN_WARP_INLINE int tapPair(const uint8_t* p, int step) {
     return p[0] | p[step] << 8;
 }
 template <bool Adjacent>
-ZAN_WARP_INLINE int tapQuad(const uint8_t* p, int step) {
+ZAN_ALWAYS_INLINE int tapQuad(const uint8_t* p, int step) {
     if (Adjacent) {
         int v;
         std::memcpy(&v, p, 4);
@@ -243,7 +235,7 @@ ZAN_WARP_INLINE int tapQuad(const uint8_t* p, int step) {
 // 0 1 4 5 2 3 6 7 so that the stages come out in order (the lane of an
 // insert must be a constant, hence the index pack).
 template <bool Adjacent, size_t... K>
-ZAN_WARP_INLINE void pairsOfRows(const uint8_t* src, ptrdiff_t rowStep, int step, const int32_t* o, __m128i& a,
+ZAN_ALWAYS_INLINE void pairsOfRows(const uint8_t* src, ptrdiff_t rowStep, int step, const int32_t* o, __m128i& a,
                                  __m128i& b, std::index_sequence<K...>) {
     constexpr int kOrder[8] = {0, 1, 4, 5, 2, 3, 6, 7};
     ((a = _mm_insert_epi16(a, tapPair<Adjacent>(src + o[kOrder[K]], step), int(K)),
@@ -314,7 +306,7 @@ int cubic1(const uint8_t* src, ptrdiff_t rowStep, int step, const int32_t* ofs, 
 // (a.c0 a.c1 b.c0 b.c1 | a.c2 a.c3 b.c2 b.c3) and are stored eight pixels at
 // a time.
 template <int Cn>
-ZAN_WARP_INLINE void storeChannels(uint8_t* out, const R* pairs) {
+ZAN_ALWAYS_INLINE void storeChannels(uint8_t* out, const R* pairs) {
     const R bytes = _mm256_packus_epi16(_mm256_packs_epi32(pairs[0], pairs[1]), _mm256_packs_epi32(pairs[2], pairs[3]));
     const __m128i c01 = _mm256_castsi256_si128(bytes), c23 = _mm256_extracti128_si256(bytes, 1);
     if (Cn == 2) {
