@@ -80,8 +80,8 @@ void perspectiveOf(double c[9]) {
     zanDeallocate(probe, ZAN_IMAGE_ALL);
 }
 
-AxisSpec axis(int dst, int src, Inter mode) {
-    AxisSpec a;
+AxisPlan axis(int dst, int src, Inter mode) {
+    AxisPlan a;
     a.dst = dst;
     a.src = src;
     a.mode = mode;

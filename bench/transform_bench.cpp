@@ -105,14 +105,14 @@ cv::Mat matOf(ZanImage* im) { return cv::Mat(im->height, im->width, CV_32F, im->
 
 void opencv(benchmark::State& state, bool dct) {
     Images im(int(state.range(0)), int(state.range(1)));
-    cv::Mat src = matOf(im.src), dst = matOf(im.dst), spec;
+    cv::Mat src = matOf(im.src), dst = matOf(im.dst), spectrum;
     const bool inv = state.range(2) != 0;
-    if (inv) cv::dft(src, spec);
+    if (inv) cv::dft(src, spectrum);
     for (auto _ : state) {
         if (dct)
             cv::dct(src, dst, inv ? cv::DCT_INVERSE : 0);
         else if (inv)
-            cv::dft(spec, dst, cv::DFT_INVERSE | cv::DFT_REAL_OUTPUT | cv::DFT_SCALE);
+            cv::dft(spectrum, dst, cv::DFT_INVERSE | cv::DFT_REAL_OUTPUT | cv::DFT_SCALE);
         else
             cv::dft(src, dst);
         benchmark::ClobberMemory();
@@ -132,23 +132,23 @@ void fftw(benchmark::State& state, bool dct) {
     const size_t n = size_t(w) * h, half = size_t(h) * (w / 2 + 1);
     float* real = fftwf_alloc_real(n);
     float* out = fftwf_alloc_real(n);
-    fftwf_complex* spec = fftwf_alloc_complex(half);
+    fftwf_complex* spectrum = fftwf_alloc_complex(half);
     const fftwf_r2r_kind cosine = inv ? FFTW_REDFT01 : FFTW_REDFT10;
     fftwf_plan plan = dct ? fftwf_plan_r2r_2d(h, w, real, out, cosine, cosine, FFTW_MEASURE)
-                    : inv ? fftwf_plan_dft_c2r_2d(h, w, spec, out, FFTW_MEASURE)
-                          : fftwf_plan_dft_r2c_2d(h, w, real, spec, FFTW_MEASURE);
+                    : inv ? fftwf_plan_dft_c2r_2d(h, w, spectrum, out, FFTW_MEASURE)
+                          : fftwf_plan_dft_r2c_2d(h, w, real, spectrum, FFTW_MEASURE);
     for (size_t i = 0; i < n; ++i) real[i] = float((i * 7) % 251) / 251.0f;
     std::vector<fftwf_complex> kept(half);
     if (inv && !dct) {
-        fftwf_plan fwd = fftwf_plan_dft_r2c_2d(h, w, real, spec, FFTW_ESTIMATE);
+        fftwf_plan fwd = fftwf_plan_dft_r2c_2d(h, w, real, spectrum, FFTW_ESTIMATE);
         fftwf_execute(fwd);
         fftwf_destroy_plan(fwd);
-        std::memcpy(kept.data(), spec, half * sizeof(fftwf_complex));
+        std::memcpy(kept.data(), spectrum, half * sizeof(fftwf_complex));
     }
     for (auto _ : state) {
         if (inv && !dct) {
             state.PauseTiming();
-            std::memcpy(spec, kept.data(), half * sizeof(fftwf_complex));
+            std::memcpy(spectrum, kept.data(), half * sizeof(fftwf_complex));
             state.ResumeTiming();
         }
         fftwf_execute(plan);
@@ -158,7 +158,7 @@ void fftw(benchmark::State& state, bool dct) {
     fftwf_destroy_plan(plan);
     fftwf_free(real);
     fftwf_free(out);
-    fftwf_free(spec);
+    fftwf_free(spectrum);
 }
 void BM_Fft2D_fftw(benchmark::State& state) { fftw(state, false); }
 void BM_Dct2D_fftw(benchmark::State& state) { fftw(state, true); }

@@ -53,11 +53,11 @@ double ccsAt(const std::vector<cd>& f, int w, int, int x, int y) {
     return x % 2 ? v.imag() : v.real();
 }
 
-void expectLayout(const ZanImage* spec, const std::vector<cd>& f, int w, int h, bool ccs, double tol, int c = 0) {
+void expectLayout(const ZanImage* spectrum, const std::vector<cd>& f, int w, int h, bool ccs, double tol, int c = 0) {
     const int cols = ccs ? 2 * (w / 2 + 1) : w;
     for (int y = 0; y < h; ++y)
         for (int x = 0; x < cols; ++x)
-            ASSERT_NEAR(get(spec, x, y, c), ccs ? ccsAt(f, w, h, x, y) : rcPackAt(f, w, h, x, y), tol)
+            ASSERT_NEAR(get(spectrum, x, y, c), ccs ? ccsAt(f, w, h, x, y) : rcPackAt(f, w, h, x, y), tol)
                 << w << "x" << h << (ccs ? " ccs" : " rcpack") << " at " << x << "," << y;
 }
 
@@ -67,14 +67,14 @@ TEST_F(Fft2D, LayoutsHoldTheSpectrumAndComeBack) {
     for (auto wh : sizes)
         for (bool ccs : {false, true}) {
             const int w = wh[0], h = wh[1];
-            Image src(1, ZAN_DEPTH_32F, w, h), spec(1, ZAN_DEPTH_32F, ccs ? 2 * (w / 2 + 1) : w, h);
+            Image src(1, ZAN_DEPTH_32F, w, h), spectrum(1, ZAN_DEPTH_32F, ccs ? 2 * (w / 2 + 1) : w, h);
             Image back(1, ZAN_DEPTH_32F, w, h), raw(1, ZAN_DEPTH_32F, w, h);
             randomFill(src, rng);
             auto fft = ccs ? zanCcsFft2D : zanRealFft2D;
-            fft(src, spec, ZAN_FFT_FORWARD);
-            expectLayout(spec, dft(src, w, h), w, h, ccs, 1e-5 * w * h);
-            fft(spec, back, ZAN_FFT_INVERSE);
-            fft(spec, raw, ZAN_FFT_INVERSE | ZAN_FFT_NOSCALE);
+            fft(src, spectrum, ZAN_FFT_FORWARD);
+            expectLayout(spectrum, dft(src, w, h), w, h, ccs, 1e-5 * w * h);
+            fft(spectrum, back, ZAN_FFT_INVERSE);
+            fft(spectrum, raw, ZAN_FFT_INVERSE | ZAN_FFT_NOSCALE);
             for (int y = 0; y < h; ++y)
                 for (int x = 0; x < w; ++x) {
                     ASSERT_NEAR(get(back, x, y), get(src, x, y), 1e-5);
@@ -152,22 +152,22 @@ TEST_F(Fft2D, IntegerPathScalesToFitTheSpectrumDepth) {
         {ZAN_DEPTH_8U, ZAN_DEPTH_8U, ZAN_FFT_FORWARD, 255, 255},                             // s = 12
     };
     for (const Case& t : cases) {
-        Image src(1, t.srcDepth, 64, 64), spec(1, t.dstDepth, 64, 64), back(1, t.srcDepth, 64, 64);
+        Image src(1, t.srcDepth, 64, 64), spectrum(1, t.dstDepth, 64, 64), back(1, t.srcDepth, 64, 64);
         fill(src, t.fill);
-        zanRealFft2D(src, spec, t.flags);
-        EXPECT_EQ(get(spec, 0, 0), t.dc) << t.srcDepth << " to " << t.dstDepth;
-        EXPECT_EQ(get(spec, 1, 0), 0);
+        zanRealFft2D(src, spectrum, t.flags);
+        EXPECT_EQ(get(spectrum, 0, 0), t.dc) << t.srcDepth << " to " << t.dstDepth;
+        EXPECT_EQ(get(spectrum, 1, 0), 0);
         if (t.flags & ZAN_FFT_USEFLOAT) continue;
-        zanRealFft2D(spec, back, ZAN_FFT_INVERSE);  // multiplies by 2^s again
+        zanRealFft2D(spectrum, back, ZAN_FFT_INVERSE);  // multiplies by 2^s again
         EXPECT_EQ(get(back, 63, 63), t.fill);
     }
     // Small images need no shift: the spectrum rounded, and back within one.
     std::mt19937 rng(3);
-    Image src(1, ZAN_DEPTH_8U, 8, 4), spec(1, ZAN_DEPTH_16S, 8, 4), back(1, ZAN_DEPTH_8U, 8, 4);
+    Image src(1, ZAN_DEPTH_8U, 8, 4), spectrum(1, ZAN_DEPTH_16S, 8, 4), back(1, ZAN_DEPTH_8U, 8, 4);
     randomFill(src, rng, 0, 256);
-    zanRealFft2D(src, spec, ZAN_FFT_FORWARD);
-    expectLayout(spec, dft(src, 8, 4), 8, 4, false, 0.5 + 1e-3);
-    zanRealFft2D(spec, back, ZAN_FFT_INVERSE);
+    zanRealFft2D(src, spectrum, ZAN_FFT_FORWARD);
+    expectLayout(spectrum, dft(src, 8, 4), 8, 4, false, 0.5 + 1e-3);
+    zanRealFft2D(spectrum, back, ZAN_FFT_INVERSE);
     for (int y = 0; y < 4; ++y)
         for (int x = 0; x < 8; ++x) EXPECT_NEAR(get(back, x, y), get(src, x, y), 1);
     EXPECT_TRUE(log.empty());
@@ -176,13 +176,13 @@ TEST_F(Fft2D, IntegerPathScalesToFitTheSpectrumDepth) {
 TEST_F(Fft2D, ChannelsPairUpAndAlphaStays) {
     std::mt19937 rng(4);
     // The green channel by its COI, into a one-channel spectrum.
-    Image rgb(3, ZAN_DEPTH_8U, 6, 5), green(1, ZAN_DEPTH_8U, 6, 5), spec(1, ZAN_DEPTH_32F, 6, 5);
+    Image rgb(3, ZAN_DEPTH_8U, 6, 5), green(1, ZAN_DEPTH_8U, 6, 5), spectrum(1, ZAN_DEPTH_32F, 6, 5);
     randomFill(rgb, rng, 0, 256);
     for (int y = 0; y < 5; ++y)
         for (int x = 0; x < 6; ++x) put(green, x, y, 0, get(rgb, x, y, 1));
     rgb.setROI(2, 0, 0, 6, 5);
-    zanRealFft2D(rgb, spec, ZAN_FFT_FORWARD);
-    expectLayout(spec, dft(green, 6, 5), 6, 5, false, 1e-3);
+    zanRealFft2D(rgb, spectrum, ZAN_FFT_FORWARD);
+    expectLayout(spectrum, dft(green, 6, 5), 6, 5, false, 1e-3);
     // Colour channels transformed, the alpha channel left as it was.
     Image rgba(4, ZAN_DEPTH_32F, 5, 4, ZAN_DATA_ORDER_PLANE, 4, 4), out(4, ZAN_DEPTH_32F, 5, 4, ZAN_DATA_ORDER_PLANE, 4, 4);
     randomFill(rgba, rng);

@@ -20,7 +20,7 @@ class Filter : public ZanTest {};
 
 // ---- random scenes ----
 
-struct Spec {
+struct SceneShape {
     std::vector<int> depths;
     bool coiBoth = true;   // a channel of interest on both images or on neither
     bool inPlace = false;  // the call may take one image as both
@@ -55,28 +55,28 @@ std::unique_ptr<Image> randomMask(std::mt19937& rng) {
     return m;
 }
 
-Scene makeScene(std::mt19937& rng, const Spec& spec) {
+Scene makeScene(std::mt19937& rng, const SceneShape& shape) {
     Scene s;
-    s.depth = pick(rng, spec.depths);
+    s.depth = pick(rng, shape.depths);
     const int nCh = s.depth == ZAN_DEPTH_1U ? 1 : pick(rng, {1, 3, 4});
     const int alpha = nCh == 4 && rng() % 2 ? 4 : 0;
     const int order = s.depth == ZAN_DEPTH_1U ? 0 : int(rng() % 2);
     auto image = [&] {
-        auto im = std::make_unique<Image>(nCh, s.depth, 1 + int(rng() % unsigned(spec.maxWidth)),
-                                          1 + int(rng() % unsigned(spec.maxHeight)), order, pick(rng, {4, 8, 16}), alpha);
+        auto im = std::make_unique<Image>(nCh, s.depth, 1 + int(rng() % unsigned(shape.maxWidth)),
+                                          1 + int(rng() % unsigned(shape.maxHeight)), order, pick(rng, {4, 8, 16}), alpha);
         randomize(*im, rng);
         randomBorders(rng, *im);
         return im;
     };
     s.src = image();
-    s.inPlace = spec.inPlace && rng() % 4 == 0;
+    s.inPlace = shape.inPlace && rng() % 4 == 0;
     if (!s.inPlace) s.dst = image();
     // Channels of interest: on both, or one where the other has one channel left.
     int srcCoi = 0, dstCoi = 0;
     if (rng() % 3 == 0) {
         srcCoi = 1 + int(rng() % unsigned(nCh));
         dstCoi = 1 + int(rng() % unsigned(nCh));
-        if (!spec.coiBoth && nCh - (alpha ? 1 : 0) == 1 && rng() % 2) (rng() % 2 ? srcCoi : dstCoi) = 0;
+        if (!shape.coiBoth && nCh - (alpha ? 1 : 0) == 1 && rng() % 2) (rng() % 2 ? srcCoi : dstCoi) = 0;
     }
     randomROI(rng, *s.src, srcCoi);
     if (!s.inPlace) randomROI(rng, *s.dst, dstCoi);
@@ -511,11 +511,11 @@ TEST_F(Filter, OpeningAndClosingAreIdempotent) {
 
 TEST_F(Filter, ConvolutionMatchesModel) {
     std::mt19937 rng(11);
-    Spec spec;
-    spec.depths = kAllDepths;
-    spec.inPlace = true;
+    SceneShape shape;
+    shape.depths = kAllDepths;
+    shape.inPlace = true;
     for (int trial = 0; trial < 120; ++trial) {
-        Scene s = makeScene(rng, spec);
+        Scene s = makeScene(rng, shape);
         const bool fp = s.depth == ZAN_DEPTH_32F;
         const int n = rng() % 3 ? 1 : 2 + int(rng() % 3);
         const int method = int(rng() % 5);
@@ -564,10 +564,10 @@ TEST_F(Filter, ConvolutionMatchesModel) {
 
 TEST_F(Filter, SeparableMatchesModel) {
     std::mt19937 rng(12);
-    Spec spec;
-    spec.depths = kAllDepths;
+    SceneShape shape;
+    shape.depths = kAllDepths;
     for (int trial = 0; trial < 100; ++trial) {
-        Scene s = makeScene(rng, spec);
+        Scene s = makeScene(rng, shape);
         const bool fp = s.depth == ZAN_DEPTH_32F;
         const int which = int(rng() % 3);  // row only, column only, both
         const int xn = which != 1 ? 2 + int(rng() % 4) : 0, yn = which != 0 ? 2 + int(rng() % 4) : 0;
@@ -624,11 +624,11 @@ TEST_F(Filter, WindowFiltersMatchModel) {
     std::mt19937 rng(13);
     for (int trial = 0; trial < 240; ++trial) {
         const auto& kind = kinds[trial % 4];
-        Spec spec;
-        spec.depths = kind.depths;
-        spec.inPlace = kind.inPlace;
-        spec.coiBoth = false;
-        Scene s = makeScene(rng, spec);
+        SceneShape shape;
+        shape.depths = kind.depths;
+        shape.inPlace = kind.inPlace;
+        shape.coiBoth = false;
+        Scene s = makeScene(rng, shape);
         int cols = 1 + int(rng() % 6), rows = 1 + int(rng() % 6);
         if (rng() % 3 == 0) cols = rows = pick(rng, {3, 5});       // the sorting networks
         if (rng() % 6 == 0) cols = 17 + int(rng() % 60);           // running sums, long rows
@@ -670,11 +670,11 @@ TEST_F(Filter, FixedFiltersMatchModel) {
     };
     const int divisors[] = {1, 1, 1, 1, 1, 1, 16, 256, 1, 1, 8};
     std::mt19937 rng(15);
-    Spec spec;
-    spec.depths = kAllDepths;
-    spec.coiBoth = false;
+    SceneShape shape;
+    shape.depths = kAllDepths;
+    shape.coiBoth = false;
     for (int trial = 0; trial < 110; ++trial) {
-        Scene s = makeScene(rng, spec);
+        Scene s = makeScene(rng, shape);
         const int filter = trial % 11;
         const std::vector<int>& m = masks[size_t(filter)];
         const int side = m.size() == 25 ? 5 : 3, a = side / 2;
@@ -698,12 +698,12 @@ TEST_F(Filter, FixedFiltersMatchModel) {
 
 TEST_F(Filter, MorphologyMatchesModel) {
     std::mt19937 rng(16);
-    Spec spec;
-    spec.depths = {ZAN_DEPTH_1U, ZAN_DEPTH_8U, ZAN_DEPTH_16U};
-    spec.inPlace = true;
-    spec.coiBoth = false;
+    SceneShape shape;
+    shape.depths = {ZAN_DEPTH_1U, ZAN_DEPTH_8U, ZAN_DEPTH_16U};
+    shape.inPlace = true;
+    shape.coiBoth = false;
     for (int trial = 0; trial < 100; ++trial) {
-        Scene s = makeScene(rng, spec);
+        Scene s = makeScene(rng, shape);
         const int op = int(rng() % 4);  // erode, dilate, open, close
         const int n = rng() % 8 ? 1 + int(rng() % 3) : 30;
         auto rank = [&](const Around& px, bool max) {

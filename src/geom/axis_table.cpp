@@ -40,7 +40,7 @@ Position position(int64_t x, int64_t src, int64_t dst) {
     return {num / dst, double(num % dst) / double(dst)};
 }
 
-void interpolate(const AxisSpec& s, Inter mode, int64_t x, int64_t src, int64_t dst, Taps& t) {
+void interpolate(const AxisPlan& s, Inter mode, int64_t x, int64_t src, int64_t dst, Taps& t) {
     const int64_t n = s.srcCount;
     if (mode == Inter::Nearest) {
         // Decimation off an integral factor samples the pixel nearest u + 0.5.
@@ -82,7 +82,7 @@ void interpolate(const AxisSpec& s, Inter mode, int64_t x, int64_t src, int64_t 
 // them moved or clamped at an edge (box spread included). Positions repeat
 // every `dst` pixels shifted by `src`, so two such pixels `dst` apart have
 // the same weights.
-bool clear(const AxisSpec& s, Inter mode, int box, int64_t x, int64_t src, int64_t dst) {
+bool clear(const AxisPlan& s, Inter mode, int box, int64_t x, int64_t src, int64_t dst) {
     const int64_t n = s.srcCount, a = x * src;
     int64_t lo, hi;
     if (mode == Inter::Nearest) {
@@ -100,7 +100,7 @@ bool clear(const AxisSpec& s, Inter mode, int box, int64_t x, int64_t src, int64
 
 }  // namespace
 
-AxisTable buildAxis(const AxisSpec& s) {
+AxisTable buildAxis(const AxisPlan& s) {
     Inter mode = s.mode;
     if (mode == Inter::Cubic && s.srcCount < 4) mode = Inter::Linear;
     if (mode == Inter::Linear && s.srcCount < 2) mode = Inter::Nearest;

@@ -10,7 +10,7 @@ namespace geom {
 
 enum class Inter { Nearest, Linear, Cubic, Super };
 
-struct AxisSpec {
+struct AxisPlan {
     int dst = 1, src = 1;  // the factor dst/src: destination pixel x sits at u = x * src / dst
     int srcCount = 1;      // source pixels along the axis
     int count = 1;         // destination pixels to produce
@@ -32,7 +32,7 @@ struct AxisTable {
 // fewer than 4 falls back to linear, linear on 1 to nearest neighbour. A
 // linear or cubic axis whose positions are all whole numbers comes out as a
 // nearest-neighbour table (K = 1), which is exact.
-AxisTable buildAxis(const AxisSpec& spec);
+AxisTable buildAxis(const AxisPlan& plan);
 
 }  // namespace geom
 }  // namespace zan

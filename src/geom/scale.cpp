@@ -31,8 +31,8 @@ Inter interOf(int mode) {
     }
 }
 
-AxisSpec axis(int dst, int src, Inter mode, bool centre = false, int box = 0) {
-    AxisSpec a;
+AxisPlan axis(int dst, int src, Inter mode, bool centre = false, int box = 0) {
+    AxisPlan a;
     a.dst = dst;
     a.src = src;
     a.mode = mode;
@@ -67,7 +67,7 @@ bool servedDepth(int depth) { return depth == ZAN_DEPTH_1U || depth == ZAN_DEPTH
 
 // The nearest-neighbour position of a decimation: off an integral factor the
 // pixel centre, u + 0.5.
-AxisSpec decimationAxis(int dst, int src, Inter mode, int box = 0) {
+AxisPlan decimationAxis(int dst, int src, Inter mode, int box = 0) {
     return axis(dst, src, mode, mode == Inter::Nearest && src % dst != 0, box);
 }
 

@@ -126,7 +126,7 @@ int scaledCount(int srcCount, int dstCount, int factorDst, int factorSrc) {
     return int(std::min<int64_t>(dstCount, std::max<int64_t>(1, scaled)));
 }
 
-void scaleImage(const Op& op, ZanImage* src, ZanImage* dst, AxisSpec x, AxisSpec y, const TileTexts& texts,
+void scaleImage(const Op& op, ZanImage* src, ZanImage* dst, AxisPlan x, AxisPlan y, const TileTexts& texts,
                 kern::Isa isa) {
     const Rect sr = processedRect(*src), dr = processedRect(*dst);
     if (sr.empty() || dr.empty()) return;

@@ -14,10 +14,10 @@ namespace geom {
 int scaledCount(int srcCount, int dstCount, int factorDst, int factorSrc);
 
 // Scales the source's processed rectangle into the destination's, one table
-// per axis (buildAxis); the specs' counts are filled in here. Only the
+// per axis (buildAxis); the plans' counts are filled in here. Only the
 // destination's mask counts. The images have passed the operation's checks.
 // The rows are those of `isa` (the benchmarks run the scalar ones).
-void scaleImage(const Op& op, ZanImage* src, ZanImage* dst, AxisSpec x, AxisSpec y, const TileTexts& texts,
+void scaleImage(const Op& op, ZanImage* src, ZanImage* dst, AxisPlan x, AxisPlan y, const TileTexts& texts,
                 kern::Isa isa = kern::bestIsa());
 
 }  // namespace geom

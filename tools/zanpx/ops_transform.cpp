@@ -66,14 +66,14 @@ ZanImage* spectrum(Call& c) {
     const int w = src->width, h = src->height;
     const bool packed = c.flag("--packed");
     ImagePtr owned = floats(*src, packed ? w : 2 * (w / 2 + 1));
-    const ZanImage* spec = owned.get();
+    const ZanImage* spectrum = owned.get();
     (packed ? zanRealFft2D : zanCcsFft2D)(src, owned.get(), ZAN_FFT_FORWARD);
     check();
     return logPicture(c, [&](int ch, int x, int y) -> double {
-        if (packed) return at32f(spec, ch, x, y);
+        if (packed) return at32f(spectrum, ch, x, y);
         int k = (y + h / 2) % h, l = (x + w / 2) % w;
         if (l > w / 2) k = (h - k) % h, l = w - l;  // F(k, l) = conj F(-k, -l)
-        return std::hypot(at32f(spec, ch, 2 * l, k), at32f(spec, ch, 2 * l + 1, k));
+        return std::hypot(at32f(spectrum, ch, 2 * l, k), at32f(spectrum, ch, 2 * l + 1, k));
     });
 }
 
@@ -106,8 +106,8 @@ ZanImage* frequencyBlur(Call& c) {
     if (!(sigma > 0)) throw Failure("SIGMA must be positive");
     ZanImage* src = c.src();
     const int w = src->width, h = src->height;
-    ImagePtr kernelImage = floats(*src), specImage = floats(*src), kernelSpecImage = floats(*src);
-    ZanImage *kernel = kernelImage.get(), *spec = specImage.get(), *kernelSpec = kernelSpecImage.get();
+    ImagePtr kernelImage = floats(*src), spectrumImage = floats(*src), kernelSpectrumImage = floats(*src);
+    ZanImage *kernel = kernelImage.get(), *spectrum = spectrumImage.get(), *kernelSpectrum = kernelSpectrumImage.get();
     double sum = 0;
     for (int y = 0; y < h; ++y)
         for (int x = 0; x < w; ++x) {
@@ -120,11 +120,11 @@ ZanImage* frequencyBlur(Call& c) {
             for (int ch = 0; ch < colourChannels(kernel); ++ch)
                 at32f(kernel, ch, x, y) = float(std::exp(-(dx * dx + dy * dy) / (2 * sigma * sigma)) / sum);
         }
-    zanRealFft2D(src, spec, ZAN_FFT_FORWARD);
-    zanRealFft2D(kernel, kernelSpec, ZAN_FFT_FORWARD);
-    zanMpyRCPack2D(spec, kernelSpec, spec);
+    zanRealFft2D(src, spectrum, ZAN_FFT_FORWARD);
+    zanRealFft2D(kernel, kernelSpectrum, ZAN_FFT_FORWARD);
+    zanMpyRCPack2D(spectrum, kernelSpectrum, spectrum);
     ZanImage* out = c.same();
-    zanRealFft2D(spec, out, ZAN_FFT_INVERSE);
+    zanRealFft2D(spectrum, out, ZAN_FFT_INVERSE);
     return out;
 }
 

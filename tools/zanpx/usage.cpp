@@ -12,15 +12,15 @@ namespace zanpx {
 namespace {
 
 // What a value accepts.
-struct Spec {
+struct ArgShape {
     std::string text;  // as the usage writes it
     std::vector<std::string> choices;
     bool ranged = false, whole = false;
     double lo = 0, hi = 0;
 };
 
-Spec specOf(const std::string& word) {
-    Spec s;
+ArgShape shapeOf(const std::string& word) {
+    ArgShape s;
     s.text = word;
     if (word.find('|') != std::string::npos) {
         std::stringstream in(word);
@@ -38,13 +38,13 @@ Spec specOf(const std::string& word) {
 }
 
 struct Positional {
-    Spec spec;
+    ArgShape shape;
     bool optional;
 };
 struct Option {
     std::string name;
     bool takesValue;
-    Spec value;
+    ArgShape value;
 };
 struct Grammar {
     std::vector<Positional> positional;
@@ -71,11 +71,11 @@ Grammar grammarOf(const std::string& usage) {
     for (size_t k = 0; k < words.size(); ++k) {
         const std::string& w = words[k].first;
         if (w.rfind("--", 0) != 0) {
-            g.positional.push_back({specOf(w), words[k].second > 0});
+            g.positional.push_back({shapeOf(w), words[k].second > 0});
             continue;
         }
         const bool value = !closes[k] && k + 1 < words.size();
-        g.options.push_back({w, value, value ? specOf(words[k + 1].first) : Spec{}});
+        g.options.push_back({w, value, value ? shapeOf(words[k + 1].first) : ArgShape{}});
         if (value) ++k;
     }
     return g;
@@ -100,8 +100,8 @@ bool parseNumber(const std::string& text, bool whole, double& out) {
     return *end == 0 && errno == 0 && std::isfinite(out);
 }
 
-// Empty when the value fits its spec, else why not.
-std::string misfit(const Spec& s, const std::string& v) {
+// Empty when the value fits its shape, else why not.
+std::string misfit(const ArgShape& s, const std::string& v) {
     if (!s.choices.empty()) {
         if (std::find(s.choices.begin(), s.choices.end(), v) != s.choices.end()) return "";
         return "'" + v + "' is not one of " + s.text;
@@ -152,10 +152,10 @@ Parsed parseArgs(const std::string& what, const std::string& usage, const std::v
     for (size_t k = 0; k < g.positional.size(); ++k) {
         const Positional& d = g.positional[k];
         if (k >= p.positional.size()) {
-            if (!d.optional) refuse(what, "missing " + d.spec.text, usage);
+            if (!d.optional) refuse(what, "missing " + d.shape.text, usage);
             continue;
         }
-        std::string why = misfit(d.spec, p.positional[k]);
+        std::string why = misfit(d.shape, p.positional[k]);
         if (!why.empty()) refuse(what, why, usage);
     }
     return p;
